@@ -1,0 +1,2 @@
+// The command interpreter and command table.
+#pragma once

@@ -1,0 +1,2 @@
+// Field manager placeholder until the model lands.
+#include "fields/fields.h"

@@ -1,0 +1,2 @@
+// Field manager: pages of fields over a grid of cells.
+#pragma once

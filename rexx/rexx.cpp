@@ -1,0 +1,2 @@
+// Interpreter placeholder until the lexer lands.
+#include "rexx/rexx.h"

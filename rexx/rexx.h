@@ -1,0 +1,2 @@
+// The REXX interpreter's public interface.
+#pragma once

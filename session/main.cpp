@@ -1,0 +1,2 @@
+// xed: the editor's process entry.
+int main() { return 0; }

@@ -1,0 +1,2 @@
+// The editor's session: files, views and the bound variables.
+#pragma once

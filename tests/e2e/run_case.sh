@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# Runs one end-to-end case folder through the real editor binary.
+#
+# A case folder holds plain files:
+#   in      the starting file, copied into the work folder as "file" (or the
+#           name given in "name")
+#   cmd     commands, one a line, each given to `xed -batch -np` as a -c word
+#   args    instead of cmd: the whole argument vector, one word a line
+#   env     extra NAME=VALUE lines for the environment
+#   setup/  files copied into the work folder before the run
+#   out     expected contents of the file after the run
+#   msgs    expected @messages of the batch run (absent file = no messages)
+#   stdout, stderr   expected standard output and error
+#   status  expected exit status (default 0)
+#   files   lines "path" that must exist afterwards, "!path" that must not
+# On failure the differences are printed and the work folder is kept.
+set -u
+xed=$1
+case_dir=$2
+work=$(mktemp -d "${TMPDIR:-/tmp}/xed-e2e.XXXXXX")
+mkdir -p "$work/home"
+name=file
+[ -f "$case_dir/name" ] && name=$(head -n1 "$case_dir/name")
+[ -f "$case_dir/in" ] && cp "$case_dir/in" "$work/$name"
+[ -d "$case_dir/setup" ] && cp -R "$case_dir/setup/." "$work/"
+
+args=()
+if [ -f "$case_dir/args" ]; then
+  while IFS= read -r line || [ -n "$line" ]; do args+=("$line"); done < "$case_dir/args"
+else
+  args=(-batch -np)
+  if [ -f "$case_dir/cmd" ]; then
+    while IFS= read -r line || [ -n "$line" ]; do args+=(-c "$line"); done < "$case_dir/cmd"
+  fi
+  [ -f "$case_dir/in" ] && args+=("$name")
+fi
+
+envs=(HOME="$work/home" XDG_DATA_HOME="$work/home/.local/share" XDG_CONFIG_HOME="$work/home/.config")
+if [ -f "$case_dir/env" ]; then
+  while IFS= read -r line || [ -n "$line" ]; do [ -n "$line" ] && envs+=("$line"); done < "$case_dir/env"
+fi
+
+(cd "$work" && env "${envs[@]}" "$xed" "${args[@]}" >"$work/.stdout" 2>"$work/.stderr" </dev/null)
+rc=$?
+
+fail=0
+check() {   # expected-file actual-file label
+  if ! diff -u --label "expected $3" --label "actual $3" "$1" "$2"; then fail=1; fi
+}
+want=0
+[ -f "$case_dir/status" ] && want=$(head -n1 "$case_dir/status")
+if [ "$rc" != "$want" ]; then
+  echo "exit status $rc, expected $want"; fail=1
+fi
+msgfile="$work/vorta/@messages"
+[ -f "$msgfile" ] || msgfile=/dev/null
+if [ -f "$case_dir/msgs" ]; then check "$case_dir/msgs" "$msgfile" "@messages"; fi
+if [ -f "$case_dir/out" ]; then check "$case_dir/out" "$work/$name" "$name"; fi
+if [ -f "$case_dir/stdout" ]; then check "$case_dir/stdout" "$work/.stdout" "stdout"; fi
+if [ -f "$case_dir/stderr" ]; then check "$case_dir/stderr" "$work/.stderr" "stderr"; fi
+if [ -f "$case_dir/files" ]; then
+  while IFS= read -r f || [ -n "$f" ]; do
+    [ -z "$f" ] && continue
+    if [ "${f#!}" != "$f" ]; then
+      [ -e "$work/${f#!}" ] && { echo "file ${f#!} should not exist"; fail=1; }
+    else
+      [ -e "$work/$f" ] || { echo "file $f should exist"; fail=1; }
+    fi
+  done < "$case_dir/files"
+fi
+
+if [ $fail -ne 0 ]; then
+  echo "--- stderr of the run:"; head -c 4000 "$work/.stderr"
+  echo "work folder kept: $work"
+  exit 1
+fi
+rm -rf "$work"
+exit 0
