@@ -1,0 +1,355 @@
+// The variable store: hashed frames, lookup with stem defaults and exposure
+// links, assignment, DROP, EXPOSE, tail derivation and CVTAILS.
+#include "rexx/vars.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+bool vars_setenv_hook = false;
+
+namespace {
+
+// Tables of popped frames, kept zeroed for the next PROCEDURE: a hot
+// routine then pays no allocation of its bucket table.
+std::vector<var_entry**> spare;
+constexpr size_t SPARE_MAX = 64;
+
+var_entry** table_of(var_frame* f) {
+  if (!f->buckets) {
+    if (!spare.empty()) {
+      f->buckets = spare.back();
+      spare.pop_back();
+    } else {
+      f->buckets = (var_entry**)calloc(VAR_BUCKETS, sizeof(var_entry*));
+      if (!f->buckets) abort();
+    }
+  }
+  return f->buckets;
+}
+
+var_entry* make_entry(var_frame* f, const char* name, size_t len) {
+  var_entry** t = table_of(f);
+  void* mem = malloc(sizeof(var_entry) + len + 1);
+  if (!mem) abort();
+  var_entry* e = new (mem) var_entry{};
+  e->var_name = (char*)(e + 1);
+  memcpy(e->var_name, name, len);
+  e->var_name[len] = 0;
+  e->var_name_len = (int32_t)len;
+  uint32_t h = var_hash(name, len);
+  if (!t[h]) f->used.push_back((int32_t)h);
+  e->next = t[h];
+  t[h] = e;
+  return e;
+}
+
+void free_entry(var_entry* e) {
+  delete e->tails;
+  e->~var_entry();
+  free(e);
+}
+
+// The stem key of a compound: the stem, then '+'.
+struct key_buf {
+  char small[64];
+  std::string big;
+  const char* p;
+  size_t n;
+  key_buf(const char* stem, size_t len) : n(len + 1) {
+    char* b = small;
+    if (n > sizeof small) {
+      big.resize(n);
+      b = big.data();
+    }
+    memcpy(b, stem, len);
+    b[len] = '+';
+    p = b;
+  }
+};
+
+void unset(var_entry* e) {
+  e->var_state = VAR_DROPPED;
+  e->var_value.set_str("", 0);
+}
+
+// The frame that really holds a stem: exposure links followed outwards.
+var_frame* stem_home(var_frame* f, const key_buf& k, var_entry*& key) {
+  for (;;) {
+    key = vars_find(f, k.p, k.n);
+    if (!key || key->var_state != VAR_EXPOSED || !f->outer) return f;
+    f = f->outer;
+  }
+}
+
+void add_tail(var_frame* f, const char* name, size_t stem_len, var_entry* key, var_entry* e) {
+  if (!key) {
+    key_buf k(name, stem_len);
+    key = make_entry(f, k.p, k.n);
+  }
+  if (!key->tails) key->tails = new std::vector<var_entry*>;
+  key->tails->push_back(e);
+}
+
+var_entry* store(var_frame* f, const char* name, size_t len, size_t stem_len, value&& v) {
+  for (;;) {
+    var_entry* key = nullptr;
+    if (stem_len) {
+      key_buf k(name, stem_len);
+      key = vars_find(f, k.p, k.n);
+      if (key && key->var_state == VAR_EXPOSED && f->outer) {
+        f = f->outer;
+        continue;
+      }
+    }
+    var_entry* e = vars_find(f, name, len);
+    if (e && e->var_state == VAR_EXPOSED && f->outer) {
+      f = f->outer;
+      continue;
+    }
+    if (!e) {
+      e = make_entry(f, name, len);
+      if (stem_len) add_tail(f, name, stem_len, key, e);
+    } else {
+      e->var_changes++;
+    }
+    e->var_value = std::move(v);
+    e->var_state = VAR_SET;
+    return e;
+  }
+}
+
+// With the environment hook on, '$NAME' mirrors the environment variable
+// NAME, and '$?NAME' says whether it exists.
+void env_refresh(var_frame* f, const char* name, size_t len) {
+  std::string env(name + 1, len - 1);
+  if (len >= 3 && name[1] == '?') {
+    bool there = getenv(env.c_str() + 1) != nullptr;
+    store(f, name, len, 0, value(there ? "1" : "0", 1));
+    return;
+  }
+  const char* s = getenv(env.c_str());
+  store(f, name, len, 0, s ? value(s, strlen(s)) : value());
+}
+
+void env_publish(const char* name, size_t len, const value& v) {
+  if (!vars_setenv_hook || len < 2 || name[0] != '$' || name[1] == '?') return;
+  std::string env(name + 1, len - 1);
+  std::string text = val_string(v);
+  setenv(env.c_str(), text.c_str(), 1);
+}
+
+bool symbol_char(unsigned char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+         strchr("@#$.!?_", c) != nullptr || c == 0xA8;
+}
+
+}  // namespace
+
+uint32_t var_hash(const char* name, size_t len) {
+  // Bytes are read as signed; the final step takes the terminating NUL.
+  int h = (signed char)name[0];
+  for (size_t i = 1; i < len; i++) h = (h * 31 + (signed char)name[i]) & VAR_HASH_MASK;
+  h = (h * 31) & VAR_HASH_MASK;
+  return (uint32_t)h;
+}
+
+var_frame* vars_push(var_frame* outer) {
+  var_frame* f = new var_frame;
+  f->outer = outer;
+  return f;
+}
+
+void vars_clear(var_frame* f) {
+  if (!f->buckets) return;
+  for (int32_t h : f->used) {
+    var_entry* e = f->buckets[h];
+    while (e) {
+      var_entry* n = e->next;
+      free_entry(e);
+      e = n;
+    }
+    f->buckets[h] = nullptr;
+  }
+  f->used.clear();
+  if (spare.size() < SPARE_MAX) {
+    spare.push_back(f->buckets);
+  } else {
+    free(f->buckets);
+  }
+  f->buckets = nullptr;
+}
+
+void vars_pop(var_frame* f) {
+  vars_clear(f);
+  delete f;
+}
+
+var_entry* vars_find(var_frame* f, const char* name, size_t len) {
+  if (!f->buckets) return nullptr;
+  for (var_entry* e = f->buckets[var_hash(name, len)]; e; e = e->next)
+    if ((size_t)e->var_name_len == len && memcmp(e->var_name, name, len) == 0) return e;
+  return nullptr;
+}
+
+var_ref vars_get(var_frame* f, const char* name, size_t len, size_t stem_len) {
+  if (vars_setenv_hook && len >= 2 && name[0] == '$') env_refresh(f, name, len);
+  for (;;) {
+    var_entry* key = nullptr;
+    if (stem_len) {
+      key_buf k(name, stem_len);
+      key = vars_find(f, k.p, k.n);
+      if (key && key->var_state == VAR_EXPOSED && f->outer) {
+        f = f->outer;
+        continue;
+      }
+    }
+    var_entry* e = vars_find(f, name, len);
+    if (e) {
+      if (e->var_state == VAR_EXPOSED && f->outer) {
+        f = f->outer;
+        continue;
+      }
+      if (e->var_state == VAR_SET) return {&e->var_value, e, e->var_changes, false};
+    }
+    if (key && key->var_state == VAR_SET) return {&key->var_value, key, key->var_changes, true};
+    return {nullptr, e, 0, false};
+  }
+}
+
+var_entry* vars_set(var_frame* f, const char* name, size_t len, size_t stem_len, value&& v) {
+  env_publish(name, len, v);
+  return store(f, name, len, stem_len, std::move(v));
+}
+
+var_entry* vars_set(var_frame* f, const char* name, size_t len, size_t stem_len, const value& v) {
+  return vars_set(f, name, len, stem_len, value(v));
+}
+
+int vars_assign(var_frame* f, std::string_view name, size_t stem_len, value&& v) {
+  if (name.empty() || name[0] == '.' || (name[0] >= '0' && name[0] <= '9')) return rx_fail(31);
+  vars_set(f, name.data(), name.size(), stem_len, std::move(v));
+  return 0;
+}
+
+var_entry* vars_set_stem(var_frame* f, std::string_view stem, value&& v) {
+  vars_drop_stem(f, stem);
+  key_buf k(stem.data(), stem.size());
+  return store(f, k.p, k.n, 0, std::move(v));
+}
+
+void vars_drop(var_frame* f, const char* name, size_t len, size_t stem_len) {
+  for (;;) {
+    if (stem_len) {
+      key_buf k(name, stem_len);
+      var_entry* key = vars_find(f, k.p, k.n);
+      if (key && key->var_state == VAR_EXPOSED && f->outer) {
+        f = f->outer;
+        continue;
+      }
+    }
+    var_entry* e = vars_find(f, name, len);
+    if (!e) return;
+    if (e->var_state == VAR_EXPOSED && f->outer) {
+      f = f->outer;
+      continue;
+    }
+    unset(e);
+    return;
+  }
+}
+
+void vars_drop_stem(var_frame* f, std::string_view stem) {
+  key_buf k(stem.data(), stem.size());
+  var_entry* key = nullptr;
+  stem_home(f, k, key);
+  if (!key) return;
+  if (key->tails)
+    for (var_entry* e : *key->tails) unset(e);
+  if (key->var_state != VAR_EXPOSED) unset(key);
+}
+
+void vars_expose(var_frame* inner, std::string_view name) {
+  var_entry* e = vars_find(inner, name.data(), name.size());
+  if (!e) {
+    e = make_entry(inner, name.data(), name.size());
+    size_t dot = name.find('.');
+    if (dot != std::string_view::npos && dot + 1 < name.size()) {
+      key_buf k(name.data(), dot);
+      add_tail(inner, name.data(), dot, vars_find(inner, k.p, k.n), e);
+    }
+  }
+  e->var_state = VAR_EXPOSED;
+  e->var_value.set_str("", 0);
+}
+
+void vars_derive(var_frame* f, std::string_view stem, const var_part* parts, int n,
+                 std::string& out) {
+  out.assign(stem.data(), stem.size());
+  for (int i = 0; i < n; i++) {
+    out += '.';
+    const var_part& p = parts[i];
+    if (p.len == 0) continue;
+    char c = p.text[0];
+    var_ref r;
+    if (!(c >= '0' && c <= '9') && c != '.') r = vars_get(f, p.text, (size_t)p.len, 0);
+    if (!r.val) {
+      out.append(p.text, (size_t)p.len);
+    } else {
+      char buf[VAL_NUMBUF];
+      out += val_text_of(*r.val, buf);
+    }
+  }
+}
+
+std::string vars_unset_text(std::string_view name) {
+  std::string s(name);
+  if (!s.empty() && s.back() == '+') s.back() = '.';
+  return s;
+}
+
+bool vars_novalue_applies(std::string_view name) {
+  for (unsigned char c : name)
+    if (c < '0' || c > '9' || c < 33 || c > 127) return true;
+  return false;
+}
+
+bool vars_valid_name(std::string_view name) {
+  if (name.empty() || name[0] == '.' || (name[0] >= '0' && name[0] <= '9')) return false;
+  for (unsigned char c : name)
+    if (!symbol_char(c)) return false;
+  return true;
+}
+
+std::string vars_tails(var_frame* f, std::string_view stem) {
+  key_buf k(stem.data(), stem.size());
+  var_entry* key = nullptr;
+  f = stem_home(f, k, key);
+  std::string out;
+  if (!f->buckets) return out;
+  for (int h = 0; h < VAR_BUCKETS; h++)
+    for (var_entry* e = f->buckets[h]; e; e = e->next) {
+      if (e->var_state != VAR_SET || (size_t)e->var_name_len <= stem.size() ||
+          e->var_name[stem.size()] != '.' || memcmp(e->var_name, stem.data(), stem.size()) != 0)
+        continue;
+      if (!out.empty()) out += ' ';
+      out.append(e->var_name + stem.size() + 1, (size_t)e->var_name_len - stem.size() - 1);
+    }
+  return out;
+}
+
+void vars_dump(var_frame* f, int level, FILE* out) {
+  fprintf(out, "\n.......... show: level %d\n\n", level);
+  if (!f->buckets) return;
+  for (int h = 0; h < VAR_BUCKETS; h++)
+    for (var_entry* e = f->buckets[h]; e; e = e->next) {
+      if (e->var_state == VAR_DROPPED) {
+        if (e->var_name[e->var_name_len - 1] == '+') continue;  // a stem key made for its tails
+        fprintf(out, "\"%s\" is DROPPED\n", e->var_name);
+      } else if (e->var_state == VAR_EXPOSED) {
+        fprintf(out, "\"%s\" is EXPOSED\n", e->var_name);
+      } else {
+        fprintf(out, "\"%s\" = \"%s\"\n", e->var_name, val_string(e->var_value).c_str());
+      }
+    }
+}
