@@ -1,0 +1,457 @@
+// The built-in function frame: the flat table of every built-in in its fixed
+// order, the lookup by name under the symbol case mode, and the argument
+// helpers that give every handler the same checks and message wording.
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <unordered_map>
+
+#include "rexx/builtins/builtins.h"
+
+// One row per name; a family that is not built in yet has a null handler,
+// and filling it in is the only edit a new built-in needs.
+constexpr bu_row bu_table[] = {
+    {"ActivateKeyboardLayout", nullptr, 0},
+    {"GetAdaptersInfo", nullptr, 0},
+    {"SHGetKnownFolderPath", nullptr, 0},
+    {"SetPriority", nullptr, 0},
+    {"dy_clip", nullptr, 0},
+    {"dy_folder", nullptr, 0},
+    {"service_create", nullptr, 0},
+    {"service_delete", nullptr, 0},
+    {"service_stop", nullptr, 0},
+    {"service_start", nullptr, 0},
+    {"service_status", nullptr, 0},
+    {"registry_get", nullptr, 0},
+    {"registry_del", nullptr, 0},
+    {"registry_keys", nullptr, 0},
+    {"registry_values", nullptr, 0},
+    {"registry_set", nullptr, 0},
+    {"abbrev", bu_abbrev, 0},
+    {"abs", bu_abs, 0},
+    {"acos", nullptr, 0},
+    {"address", nullptr, 0},
+    {"arch", nullptr, 0},
+    {"arg", nullptr, 0},
+    {"asin", nullptr, 0},
+    {"askcons", nullptr, 0},
+    {"atan", nullptr, 0},
+    {"b2x", bu_b2x, 0},
+    {"bitand", bu_bitand, 0},
+    {"bitor", bu_bitor, 0},
+    {"bitxor", bu_bitxor, 0},
+    {"c2d", bu_c2d, 0},
+    {"c2o", nullptr, 0},
+    {"c2x", bu_c2x, 0},
+    {"center", bu_center, 0},
+    {"centre", bu_center, BU_ALIAS},
+    {"change", bu_change, 0},
+    {"charin", nullptr, 0},
+    {"charout", nullptr, 0},
+    {"chars", nullptr, 0},
+    {"chdir", nullptr, 0},
+    {"close_cons", nullptr, 0},
+    {"cls", nullptr, 0},
+    {"clear", nullptr, BU_ALIAS},
+    {"compare", bu_compare, 0},
+    {"concat", nullptr, 0},
+    {"condition", nullptr, 0},
+    {"copies", bu_copies, 0},
+    {"copy", nullptr, 0},
+    {"cos", nullptr, 0},
+    {"cp", nullptr, BU_ALIAS},
+    {"iousage", nullptr, 0},
+    {"cpuusage", nullptr, 0},
+    {"netusage", nullptr, 0},
+    {"csh", nullptr, 0},
+    {"cuserid", nullptr, 0},
+    {"cvtails", nullptr, 0},
+    {"cwd", nullptr, 0},
+    {"d2c", bu_d2c, 0},
+    {"d2x", bu_d2x, 0},
+    {"datatype", bu_datatype, 0},
+    {"date", nullptr, 0},
+    {"del", nullptr, 0},
+    {"delstr", bu_delstr, 0},
+    {"delword", bu_delword, 0},
+    {"digits", bu_digits, 0},
+    {"dir", nullptr, 0},
+    {"deobf", nullptr, 0},
+    {"dofollow", nullptr, 0},
+    {"dup2", nullptr, 0},
+    {"errortext", nullptr, 0},
+    {"externals", nullptr, 0},
+    {"exec", nullptr, 0},
+    {"fd", nullptr, 0},
+    {"fileconv", nullptr, 0},
+    {"find", bu_find, 0},
+    {"fn", nullptr, 0},
+    {"follow", nullptr, 0},
+    {"fork", nullptr, 0},
+    {"form", bu_form, 0},
+    {"format", bu_format, 0},
+    {"comma", bu_comma, 0},
+    {"fileislocked", nullptr, 0},
+    {"ft", nullptr, 0},
+    {"fuzz", bu_fuzz, 0},
+    {"fwc", bu_fwc, 0},
+    {"getcwd", nullptr, BU_ALIAS},
+    {"getdiskspace", nullptr, 0},
+    {"getenv", nullptr, 0},
+    {"getpid", nullptr, 0},
+    {"getwd", nullptr, BU_ALIAS},
+    {"hostname", nullptr, 0},
+    {"index", bu_index, 0},
+    {"insert", bu_insert, 0},
+    {"justify", bu_justify, 0},
+    {"kill", nullptr, 0},
+    {"ksh", nullptr, 0},
+    {"lastpos", bu_lastpos, 0},
+    {"left", bu_left, 0},
+    {"length", bu_length, 0},
+    {"linein", nullptr, 0},
+    {"lineout", nullptr, 0},
+    {"linelast", nullptr, 0},
+    {"lines", nullptr, 0},
+    {"linesize", nullptr, 0},
+    {"lower", bu_lower, 0},
+    {"ls", nullptr, BU_ALIAS},
+    {"ln", nullptr, 0},
+    {"max", bu_max, 0},
+    {"min", bu_min, 0},
+    {"mklistfiles", nullptr, 0},
+    {"mkdir", nullptr, 0},
+    {"mv", nullptr, 0},
+    {"obf", nullptr, 0},
+    {"open_cons", nullptr, 0},
+    {"overlay", bu_overlay, 0},
+    {"parg", nullptr, 0},
+    {"pi", nullptr, 0},
+    {"popen", nullptr, 0},
+    {"pos", bu_pos, 0},
+    {"rpos", bu_rpos, 0},
+    {"putenv", nullptr, 0},
+    {"qpid", nullptr, 0},
+    {"queued", nullptr, 0},
+    {"random", nullptr, 0},
+    {"readjunc", nullptr, 0},
+    {"readlink", nullptr, 0},
+    {"recycle", nullptr, 0},
+    {"regcomp", nullptr, 0},
+    {"regexec", nullptr, 0},
+    {"rename", nullptr, BU_ALIAS},
+    {"reverse", bu_reverse, 0},
+    {"right", bu_right, 0},
+    {"rm", nullptr, BU_ALIAS},
+    {"rmdir", nullptr, 0},
+    {"script", nullptr, 0},
+    {"sh", nullptr, BU_ALIAS},
+    {"setenv", nullptr, BU_ALIAS},
+    {"setarg", nullptr, 0},
+    {"sign", bu_sign, 0},
+    {"sin", nullptr, 0},
+    {"sleep", nullptr, 0},
+    {"SockLoadFuncs", nullptr, 0},
+    {"SockDropFuncs", nullptr, 0},
+    {"SockVersion", nullptr, 0},
+    {"SockAccept", nullptr, 0},
+    {"SockBind", nullptr, 0},
+    {"SockClose", nullptr, 0},
+    {"SockConnect", nullptr, 0},
+    {"SockGetHostByAddr", nullptr, 0},
+    {"SockGetHostByName", nullptr, 0},
+    {"SockGetHostId", nullptr, 0},
+    {"SockGetPeerName", nullptr, 0},
+    {"SockGetSockName", nullptr, 0},
+    {"SockGetSockOpt", nullptr, 0},
+    {"SockInit", nullptr, 0},
+    {"SockIoctl", nullptr, 0},
+    {"SockListen", nullptr, 0},
+    {"SockPSock_Errno", nullptr, 0},
+    {"SockRecv", nullptr, 0},
+    {"SockRecvFrom", nullptr, 0},
+    {"SockSelect", nullptr, 0},
+    {"SockSend", nullptr, 0},
+    {"SockSendTo", nullptr, 0},
+    {"SockSetSockOpt", nullptr, 0},
+    {"SockShutDown", nullptr, 0},
+    {"SockSock_Errno", nullptr, 0},
+    {"SockSocket", nullptr, 0},
+    {"SockSoClose", nullptr, 0},
+    {"accept", nullptr, BU_ALIAS},
+    {"bind", nullptr, BU_ALIAS},
+    {"closesocket", nullptr, BU_ALIAS},
+    {"connect", nullptr, BU_ALIAS},
+    {"gethostbyaddr", nullptr, BU_ALIAS},
+    {"gethostbyname", nullptr, BU_ALIAS},
+    {"gethostid", nullptr, BU_ALIAS},
+    {"getpeername", nullptr, BU_ALIAS},
+    {"getsockname", nullptr, BU_ALIAS},
+    {"getsockopt", nullptr, BU_ALIAS},
+    {"ioctl", nullptr, BU_ALIAS},
+    {"ismain", nullptr, 0},
+    {"listen", nullptr, BU_ALIAS},
+    {"rchange", nullptr, 0},
+    {"recv", nullptr, BU_ALIAS},
+    {"recvfrom", nullptr, BU_ALIAS},
+    {"select", nullptr, BU_ALIAS},
+    {"send", nullptr, BU_ALIAS},
+    {"sendto", nullptr, BU_ALIAS},
+    {"setsockopt", nullptr, BU_ALIAS},
+    {"shutdown", nullptr, BU_ALIAS},
+    {"socket", nullptr, BU_ALIAS},
+    {"sort", nullptr, 0},
+    {"sourceline", nullptr, 0},
+    {"space", bu_space, 0},
+    {"state", nullptr, 0},
+    {"statew", nullptr, 0},
+    {"still_active", nullptr, 0},
+    {"lstate", nullptr, 0},
+    {"stderr", nullptr, 0},
+    {"stdin", nullptr, 0},
+    {"stdout", nullptr, 0},
+    {"stime", nullptr, 0},
+    {"stream", nullptr, 0},
+    {"strip", bu_strip, 0},
+    {"subdirs", nullptr, 0},
+    {"substr", bu_substr, 0},
+    {"subword", bu_subword, 0},
+    {"symbol", nullptr, 0},
+    {"SysCls", nullptr, BU_ALIAS},
+    {"SysFileDelete", nullptr, 0},
+    {"SysFileSearch", nullptr, 0},
+    {"SysFileTree", nullptr, 0},
+    {"SysGetKey", nullptr, BU_ALIAS},
+    {"SysMkDir", nullptr, 0},
+    {"SysRmDir", nullptr, 0},
+    {"SysSearchPath", nullptr, 0},
+    {"SysSetPriority", nullptr, 0},
+    {"SysSleep", nullptr, BU_ALIAS},
+    {"SysTempFileName", nullptr, 0},
+    {"SysVersion", nullptr, 0},
+    {"tan", nullptr, 0},
+    {"tbadd", nullptr, 0},
+    {"tbclose", nullptr, 0},
+    {"tbdel", nullptr, 0},
+    {"tbdispl", nullptr, 0},
+    {"tbget", nullptr, 0},
+    {"tbopen", nullptr, 0},
+    {"tbput", nullptr, 0},
+    {"tbsave", nullptr, 0},
+    {"tcsh", nullptr, 0},
+    {"tee", nullptr, 0},
+    {"teec", nullptr, 0},
+    {"teek", nullptr, 0},
+    {"time", nullptr, 0},
+    {"trace", nullptr, 0},
+    {"translate", bu_translate, 0},
+    {"trunc", bu_trunc, 0},
+    {"unix", nullptr, BU_ALIAS},
+    {"unsetenv", nullptr, 0},
+    {"upper", bu_upper, 0},
+    {"upperw", nullptr, 0},
+    {"userid", nullptr, BU_ALIAS},
+    {"ShellExecute", nullptr, 0},
+    {"usleep", nullptr, 0},
+    {"utime", nullptr, 0},
+    {"value", nullptr, 0},
+    {"verify", bu_verify, 0},
+    {"version", nullptr, 0},
+    {"waitpid", nullptr, 0},
+    {"windows", nullptr, BU_ALIAS},
+    {"windows_ne", nullptr, 0},
+    {"wipe", nullptr, 0},
+    {"word", bu_word, 0},
+    {"wordindex", bu_wordindex, 0},
+    {"wordlength", bu_wordlength, 0},
+    {"wordpos", bu_wordpos, 0},
+    {"words", bu_words, 0},
+    {"x2b", bu_x2b, 0},
+    {"x2c", bu_x2c, 0},
+    {"x2d", bu_x2d, 0},
+    {"xhome", nullptr, 0},
+    {"xrange", bu_xrange, 0},
+    {"IsFileOpened", nullptr, 0},
+    {"getfile", nullptr, 0},
+    {"flfiles", nullptr, 0},
+    {"dy_ascl", nullptr, 0},
+    {"dy_beep", nullptr, 0},
+    {"dy_button", nullptr, 0},
+    {"dy_button_col", nullptr, 0},
+    {"dy_button_color", nullptr, BU_ALIAS},
+    {"dy_ch", nullptr, 0},
+    {"dy_ch_col", nullptr, 0},
+    {"dy_ch_color", nullptr, BU_ALIAS},
+    {"dy_destroy", nullptr, 0},
+    {"dy_dispatch", nullptr, 0},
+    {"dy_dscl", nullptr, 0},
+    {"dy_end", nullptr, 0},
+    {"dy_focus", nullptr, 0},
+    {"dy_font", nullptr, 0},
+    {"dy_input", nullptr, 0},
+    {"dy_input_col", nullptr, 0},
+    {"dy_input_color", nullptr, BU_ALIAS},
+    {"dy_label", nullptr, 0},
+    {"dy_label_col", nullptr, 0},
+    {"dy_label_color", nullptr, BU_ALIAS},
+    {"dy_map", nullptr, 0},
+    {"dy_open", nullptr, 0},
+    {"dy_printer", nullptr, 0},
+    {"dy_pscl", nullptr, 0},
+    {"dy_rscl", nullptr, 0},
+    {"dy_save", nullptr, 0},
+    {"dy_scl", nullptr, 0},
+    {"dy_scl_col", nullptr, 0},
+    {"dy_scl_color", nullptr, BU_ALIAS},
+    {"dy_sinput", nullptr, 0},
+    {"dy_slabel", nullptr, 0},
+    {"dy_sscl", nullptr, 0},
+    {"dy_start", nullptr, 0},
+    {"dy_sch", nullptr, 0},
+    {"dy_stg", nullptr, 0},
+    {"dy_tg", nullptr, 0},
+    {"dy_tg_color", nullptr, 0},
+    {"dy_tg_col", nullptr, BU_ALIAS},
+    {"dy_unmap", nullptr, 0},
+    {"dy_vch", nullptr, 0},
+    {"dy_vinput", nullptr, 0},
+    {"dy_vscl", nullptr, 0},
+    {"dy_vtg", nullptr, 0},
+    {"dy_warp", nullptr, 0},
+    {"dy_header", nullptr, 0},
+    {"dy_refresh", nullptr, 0},
+};
+static_assert(sizeof bu_table / sizeof bu_table[0] == 309, "the built-in table has 309 rows");
+
+const int bu_table_rows = (int)(sizeof bu_table / sizeof bu_table[0]);
+
+namespace {
+
+using name_map = std::unordered_map<std::string, const bu_row*>;
+
+std::string folded(std::string_view s, bu_case mode) {
+  std::string out(s);
+  for (char& c : out) {
+    if (mode == BU_CASE_UPPER) c = (char)toupper((unsigned char)c);
+    if (mode == BU_CASE_LOWER) c = (char)tolower((unsigned char)c);
+  }
+  return out;
+}
+
+// The name hash of one case mode, built on its first use.
+const name_map& names_for(bu_case mode) {
+  static name_map maps[3];
+  static bool built[3] = {};
+  if (!built[mode]) {
+    for (int i = 0; i < bu_table_rows; i++)
+      if (bu_table[i].handler) maps[mode].emplace(folded(bu_table[i].name, mode), &bu_table[i]);
+    built[mode] = true;
+  }
+  return maps[mode];
+}
+
+std::string argument_n(int i, const char* rest) {
+  return "argument " + std::to_string(i + 1) + rest;
+}
+
+}  // namespace
+
+const bu_row* bu_lookup(std::string_view name, bu_case mode) {
+  const name_map& m = names_for(mode);
+  auto it = m.find(std::string(name));
+  return it == m.end() ? nullptr : it->second;
+}
+
+int bu_call(const bu_row* row, value** args, int argc, value& r, int* bad_arg) {
+  char name[64];
+  size_t n = 0;
+  for (const char* p = row->name; *p && n + 1 < sizeof name; p++) name[n++] = (char)toupper((unsigned char)*p);
+  name[n] = 0;
+  bu_frame f;
+  f.name = name;
+  f.args = args;
+  f.argc = argc;
+  int rc = row->handler(f, r);
+  if (bad_arg) *bad_arg = f.bad_arg;
+  return rc;
+}
+
+int bu_fail_num(bu_frame& f, int num, int index, std::string_view msg) {
+  f.bad_arg = index;
+  std::string text = std::string(f.name) + "(): ";
+  text.append(msg.data(), msg.size());
+  return rx_fail(num, text);
+}
+
+int bu_fail(bu_frame& f, int index, std::string_view msg) { return bu_fail_num(f, 40, index, msg); }
+
+int bu_count(bu_frame& f, int min, int max) {
+  bool ok = f.argc >= min && f.argc <= max;
+  for (int i = 0; ok && i < min; i++) ok = f.args[i] != nullptr;
+  if (ok) return 0;
+  char msg[80];
+  if (min == max) {
+    snprintf(msg, sizeof msg, min == 1 ? "must receive %d argument." : "must receive %d arguments.", min);
+  } else if (max == min + 1) {
+    snprintf(msg, sizeof msg, "must receive %d or %d arguments.", min, max);
+  } else {
+    snprintf(msg, sizeof msg, "must receive %d to %d arguments.", min, max);
+  }
+  return bu_fail(f, 0, msg);
+}
+
+std::string_view bu_text(bu_frame& f, int i) {
+  if (!bu_has(f, i)) return {};
+  return val_text_of(*f.args[i], f.scratch[i % 4]);
+}
+
+int bu_whole(bu_frame& f, int i, long long min, long long dflt, long long& out) {
+  if (!bu_has(f, i)) {
+    out = dflt;
+    return 0;
+  }
+  int k = rx_whole(*f.args[i], out);
+  if (k == 1) return bu_fail(f, i, argument_n(i, " must be a whole number."));
+  if (k == 2 || out < min) return bu_fail(f, i, argument_n(i, " must be a positive integer."));
+  return 0;
+}
+
+int bu_integer(bu_frame& f, int i, long long dflt, long long& out) {
+  if (!bu_has(f, i)) {
+    out = dflt;
+    return 0;
+  }
+  if (rx_whole(*f.args[i], out) != 0) return bu_fail(f, i, argument_n(i, " must be a whole number."));
+  return 0;
+}
+
+int bu_pad(bu_frame& f, int i, char& pad) {
+  pad = ' ';
+  if (!bu_has(f, i)) return 0;
+  std::string_view t = bu_text(f, i);
+  if (t.size() != 1) return bu_fail(f, i, "the padding expression must be one character wide.");
+  pad = t[0];
+  return 0;
+}
+
+int bu_flag(bu_frame& f, int i, bool& out) {
+  out = false;
+  if (!bu_has(f, i)) return 0;
+  long long n = 0;
+  if (rx_whole(*f.args[i], n) != 0 || (n != 0 && n != 1))
+    return bu_fail(f, i, argument_n(i, " must be 0 or 1."));
+  out = n == 1;
+  return 0;
+}
+
+int bu_option(bu_frame& f, int i, const char* allowed, char dflt, char& out) {
+  out = dflt;
+  if (!bu_has(f, i)) return 0;
+  std::string_view t = bu_text(f, i);
+  char c = t.empty() ? 0 : (char)toupper((unsigned char)t[0]);
+  if (!c || !strchr(allowed, c))
+    return bu_fail(f, i, argument_n(i, std::string(" must be one of \"").append(allowed).append("\".").c_str()));
+  out = c;
+  return 0;
+}
