@@ -1,2 +1,240 @@
-// Field manager: pages of fields over a grid of cells.
+// Field manager: pages of numbered fields over a grid of 16-bit cells, the
+// as.../fs... calls that build and query them, and asread, which turns the
+// events of the screen layer into field edits and return codes. Runs with no
+// window at all: the screen layer behind it is the interface of plat.h.
 #pragma once
+#include <cstdint>
+#include <cstdio>
+
+class fs_plat;
+
+// ---- results -------------------------------------------------------------
+
+extern int as_errno;          // outcome of the last call: 0, 1, 2, 3, 4 or 28
+extern char as_lastmsg[161];  // text of the last error, at most 160 characters
+extern int as_msgs;           // 1: errors are also shown through the layer's alert
+
+constexpr int AS_ENOTFOUND = 28;          // field or page not found
+constexpr uint16_t FS_NULL = 32767;       // the null cell: holds nothing, reads as blank
+constexpr uint32_t FS_NOPAGE = 0xFFFFFFFFu;  // a free page slot, or no current page
+
+// ---- field definition ----------------------------------------------------
+
+struct fsfield {
+  int32_t id;         // caller's field number, at least 1
+  int32_t y1;         // first line
+  int32_t x1;         // first column
+  int32_t nb_lines;   // height in lines
+  int32_t nb_cols;    // width in columns
+  int32_t type;       // 0 text, 1 numeric, 2 protected
+  int32_t intensity;  // 0 invisible, 1 normal, 2 bright
+  int32_t colour;     // logical colour 0 to 64
+  int32_t res9;       // reserved, zero
+  int32_t hilite;     // 0 normal, 2 reverse, 3 reverse underline, 4 underline
+  int32_t mgd;        // non-zero: the page's pop-up menu opens on this field
+  int32_t flags;      // FSF_* bits
+  int32_t res13;      // reserved, zero
+  int32_t upper;      // 1: ascget hands back ASCII letters in upper case
+};
+static_assert(sizeof(fsfield) == 14 * sizeof(int32_t), "fsfield is fourteen words");
+
+enum : int32_t {
+  FSF_NOINS = 1,        // typing always overwrites
+  FSF_REPEND = 2,       // typing the last cell returns 32, a hilite-2 cell 36
+  FSF_BUTTON = 4,       // push button: click returns 38
+  FSF_KEYSTROKE = 8,    // each character returns 39
+  FSF_REPDEL = 16,      // delete/backspace return 44, erase 45, insert 26
+  FSF_REPUP = 32,       // arrow up out of the field returns 47
+  FSF_REPDOWN = 64,     // arrow down into the field returns 48
+  FSF_OUINON = 128,     // OUI/NON toggle
+  FSF_YESNO = 256,      // YES/NO toggle
+  FSF_NOCLICK = 512,    // clicks do not position the cursor
+  FSF_TEXTPTR = 1024,   // text-shaped pointer over the field
+  FSF_LTR = 4096,       // keeps left-to-right in reverse direction
+  FSF_SELECT = 8192,    // a left drag selects a span: code 68
+};
+
+// A displayed segment of a file's line inside an extended field.
+struct fs_segment {
+  int32_t first;   // first source column shown
+  int32_t last;    // last source column shown
+  int32_t mode;    // 1: hexadecimal, two cells a byte
+  int32_t cell0;   // zero-based first cell of the segment in the field
+  int32_t ncells;  // number of cells of the segment
+};
+
+struct fs_verify {
+  int32_t count;            // number of segments
+  const fs_segment *seg;    // the segments, in cell order
+  const int32_t *cell;      // per cell: source column, -column for a hex digit, 0 none
+};
+
+// Called after each edit of an extended field; non-zero makes asread return 60.
+typedef int (*fs_onchange)(const char *text, int len, intptr_t arg, int line, int op, int pos);
+
+struct fsxfield {
+  const int32_t *tabs;     // tab columns: count, then the columns; null for none
+  const fs_verify *verify; // segments of a file's line, null for none
+  fs_onchange on_change;   // edit callback, null for none
+  intptr_t change_arg;     // handed to on_change
+  int32_t line;            // handed to on_change
+  int32_t show_blanks;     // non-zero: trailing blanks get a tick mark
+  int32_t limit;           // last meaningful position, -1 for none
+};
+
+// Operation codes handed to on_change.
+enum { FS_OP_OVER = 0, FS_OP_INSERT = 3, FS_OP_BACK = 4, FS_OP_BACKINS = 5, FS_OP_DELETE = 6 };
+
+// ---- events ----------------------------------------------------------------
+
+struct fs_event {
+  uint16_t code;          // key or event code, FSK_* or a character
+  uint16_t released;      // bit 1: a release
+  uint16_t modifiers;     // FSM_* bits
+  int16_t x;              // pointer column in client pixels
+  int16_t y;              // pointer line in client pixels, below the toolbar
+  uint32_t seconds;       // time of the event
+  uint32_t microseconds;  // time of the event, fraction
+  uint16_t source;        // FS_SRC_NONE, or FS_SRC_SELF for the system's own
+};
+
+enum : uint16_t { FSM_SHIFT = 14, FSM_CTRL = 48, FSM_ALT = 64 };
+enum : uint16_t { FS_SRC_NONE = 31744, FS_SRC_SELF = 31743 };
+
+enum : uint16_t {
+  FSK_MOVE = 32512, FSK_DRAG = 32515, FSK_PAINT = 32516,
+  FSK_FOCUSIN = 32520, FSK_FOCUSOUT = 32521,
+  FSK_LEFT_B = 32544, FSK_MIDDLE_B = 32545, FSK_RIGHT_B = 32546,
+  FSK_EXTRA1 = 32554,
+  FSK_PRINT = 32570, FSK_SCROLL = 32571, FSK_PAUSE = 32572, FSK_INSERT = 32573,
+  FSK_HOME = 32574, FSK_PGUP = 32575, FSK_END = 32576, FSK_UP = 32577,
+  FSK_PGDN = 32578, FSK_LEFT = 32579, FSK_RIGHT = 32581, FSK_DOWN = 32583,
+  FSK_F0 = 32585,  // function key n is FSK_F0 + n
+  FSK_WHEELUP = 670, FSK_WHEELDOWN = 671, FSK_CLOSE = 672,
+  FSK_SCROLLBAR = 32808, FSK_MENUBAR = 32831, FSK_TOOLBAR = 32832,
+};
+
+// The event queue: events first in, first out, each with its input character
+// (-1 for none) beside it.
+struct fs_evqueue {
+  fs_event *ev;   // the events
+  int *ch;        // character of each event, -1 for none
+  int head;       // index of the first pending event
+  int count;      // pending events
+  int cap;        // slots allocated, grown by ten
+};
+extern fs_evqueue gdet_ev;  // the one queue the screen layer appends to
+
+void fs_postev(const fs_event &ev, int ch);  // append to gdet_ev
+int fs_evpending();                          // events waiting in gdet_ev
+
+// ---- start and pages -----------------------------------------------------
+
+// Starts the manager on a screen layer; takes the window options out of argv
+// and returns the new argc, or -1 when called twice.
+int fsinit(int argc, char **argv, fs_plat *layer);
+void fsinit2();   // measure the grid and (re)create page 0
+void fsresize();  // after code 25: destroy every page, measure, recreate page 0
+void fsend();     // shutdown: every page goes, fsinit may be called again
+fs_plat *fs_layer();  // the layer given to fsinit
+
+int asrfmt(int nrows, int words, const int32_t *table);
+int asxfmt(int words, const int32_t *row, const fsxfield &x);
+void asfclr();
+void fspcrt(uint32_t page, int lines = 0, int cols = 0, int flag = 0);
+void fspsel(uint32_t page);
+void fspdel(uint32_t page);
+uint32_t fs_curpage();                   // number of the current page
+void fs_grid(int *lines, int *cols);     // size of the grid
+
+// ---- cursor, text, attributes --------------------------------------------
+
+void asfcur(int id, int line, int col);
+void asfcur_quiet(int id, int line, int col);  // as asfcur, code only, no message
+void asqcur(int code, int *id, int *line, int *col);
+void asqmou(int code, int *id, int *line, int *col);
+
+int ascput(int id, int len, const char *text);
+int ascput_short(int id, int len, const uint16_t *cells);
+void ascget(int id, int len, char *buf);
+void ascget_short(int id, int len, uint16_t *buf);
+char *ascget_char(int id, int *len, int trim);  // free() the result
+int ascget_int(int id, int *value);
+extern int as_msgfield;  // id of the field that ascget_int writes its complaint to
+
+void asfcol(int id, int colour);
+void asfhlt(int id, int hilite);
+void asfint(int id, int intensity);
+void asftyp(int id, int type);
+void asfmgd(int id, int value);
+void asfmod(int id, int value);
+void asftypall(int type);
+void asccol(int id, int len, const int32_t *colours);
+void asccol(int id, int len, const int8_t *colours);  // bytes: negative is the field's own
+void aschlt(int id, int len, const int32_t *hilites);
+void asscol(int id);
+void asshlt(int id);
+void asqcol(int id, int n, int32_t *colours);
+
+int asqmod(int count, int *ids, int *lens, int *used);
+void asqfld(int code, int id, int count, int32_t *words);
+void fsqury(int code, int ignored, int count, int32_t *words);
+int asq_ff(int id);
+
+// ---- switches ------------------------------------------------------------
+
+void asfup(int on);
+void asfupm(int on);
+void asfskip(int on);
+void asfint2(int on);
+void asfrem(int mode);
+void asfblk(int mode);
+void asfapl(int on);
+void asfveto(int value);
+void asfview(int on);
+void asfacol(int on);
+void asfrepeat(int on);
+void fsalrm();
+void asfmap(int entry, int red, int green, int blue);
+void asfro(int on);  // the status line's read-only mark
+
+// ---- input -----------------------------------------------------------------
+
+void asread(int *code, int *value, int *modified);
+void asrefresh();
+void asqsel(int out[6]);
+void asfrepdelay(int d1, int d2, int d3, int d4);  // milliseconds, each at least 1
+int asfmousemode(const char *mode);  // OPENLOOK OPENLOOKW MOTIF WINDOWS; 0 or 1 bad
+void asfclickdelay(double seconds);
+void asqclickdelay(char *buf, size_t size);  // "..... is %.2f"
+void asfchord(int b1, int b2, int b3, int slices);  // b1+b2 together act as b3
+int asfkeyb(const char *file, int type);
+void asfkbtype(int type);     // keyboard type: -1 standard, else 0, 3, 4, 12, 14
+void asftimeout(int ms);      // time-out of the reads, 0 for none
+void aspost(int number);      // ends the next read with code 28
+void aspost43(int number);    // ends the next read with code 43
+void asfkeepmod(int on);      // the next read keeps the modified flags
+void asfinsert(int on);       // insert mode
+void asfreverse(int on);      // reverse direction
+int asqinsert();
+void asfreports(int paint, int focus, int moves);  // codes 29, 42, 673 wanted
+
+extern int as_delkey;       // code of the delete-character key
+extern int as_bskey;        // code of the backspace key
+extern int as_nbkeys[3];    // keys in the L, F and R banks
+extern int as_shiftright;   // 1: Shift+right arrow deletes under the cursor
+extern unsigned char as_altdef[256];  // 1: Alt with this character has a definition
+
+// A menu that a mouse press may open; the hook answers 1 when it consumed the
+// press. Filled in by the menus; empty by default.
+typedef int (*fs_menuhook)(int field_id, int button, int line, int col);
+extern fs_menuhook as_menuhook;
+// Maps the cursor to the position the status line shows; null keeps the grid's.
+typedef void (*fs_poshook)(int *line, int *col);
+extern fs_poshook as_poshook;
+
+// ---- screen dump (headless and tests) ------------------------------------
+
+// Writes what the screen shows: one row a line, then the status line, then,
+// with attrs, the attribute planes as letters.
+void fs_dump(FILE *out, int attrs);

@@ -1,2 +1,0 @@
-// Field manager placeholder until the model lands.
-#include "fields/fields.h"

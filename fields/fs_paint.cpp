@@ -1,0 +1,193 @@
+// Painting: the shadow of what the layer shows, the comparison that hands the
+// layer only the runs that differ, the refresh, the cursor bar, the status
+// line, and a dump of the screen for headless runs and tests.
+#include "fields/fs_int.h"
+#include <cstring>
+
+namespace {
+
+// What a cell looks like on the screen; compared with the shadow.
+struct look {
+  uint16_t ch;   // displayable character
+  uint8_t hl;    // hilite, 1 folded into 0
+  uint8_t col;   // physical colour
+  uint8_t in;    // intensity, 2 folded into 1 when drawn once
+  bool operator==(const look &o) const { return ch == o.ch && hl == o.hl && col == o.col && in == o.in; }
+};
+
+uint16_t shown(uint16_t c) {
+  if (c == FS_NULL) return ' ';
+  if (c == '\t' || c == '\n' || c == '\f') return '.';
+  return c;
+}
+
+look cellook(int ix) {
+  const fs_pagerec &p = pg();
+  look l;
+  l.ch = shown(p.text[ix]);
+  l.hl = uint8_t(p.hilite[ix] == 1 ? 0 : p.hilite[ix]);
+  l.col = uint8_t(fs.acol ? p.colour[ix] : 64);
+  l.in = uint8_t(p.intensity[ix] == 2 && !fs.int2 ? 1 : p.intensity[ix]);
+  return l;
+}
+
+look shadowlook(int ix) {
+  return look{fs.sh.text[ix], fs.sh.hilite[ix], fs.sh.colour[ix], fs.sh.intensity[ix]};
+}
+
+void put(std::string &s, int col, const char *text) {
+  for (int i = 0; text[i] && col - 1 + i < int(s.size()); i++)
+    if (col - 1 + i >= 0) s[col - 1 + i] = text[i];
+}
+
+// The cursor position as the status line reports it, with the cell's value.
+std::string position() {
+  const fs_pagerec &p = pg();
+  int line = p.cur_line, col = p.cur_col;
+  uint16_t c = p.text[cellix(line, col)];
+  if (as_poshook) as_poshook(&line, &col);
+  char buf[64];
+  bool narrow = fs.nb_cols < 57;
+  if (c == FS_NULL) {
+    if (narrow)
+      snprintf(buf, sizeof buf, "Line=%d  Hex=--", line);
+    else
+      snprintf(buf, sizeof buf, "Line=%d  Col=%d  Hex=--", line, col);
+  } else if (narrow) {
+    snprintf(buf, sizeof buf, "Line=%d  Hex=%2.2X", line, c);
+  } else {
+    snprintf(buf, sizeof buf, "Line=%d  Col=%d  Hex=%2.2X", line, col, c);
+  }
+  return buf;
+}
+
+void utf8(FILE *out, unsigned c) {
+  if (c < 0x80) {
+    fputc(int(c), out);
+  } else if (c < 0x800) {
+    fputc(int(0xC0 | c >> 6), out);
+    fputc(int(0x80 | (c & 0x3F)), out);
+  } else {
+    fputc(int(0xE0 | c >> 12), out);
+    fputc(int(0x80 | (c >> 6 & 0x3F)), out);
+    fputc(int(0x80 | (c & 0x3F)), out);
+  }
+}
+
+void dumpplane(FILE *out, const char *name, const std::vector<uint8_t> &plane) {
+  static const char digits[] =
+      "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ@#$";
+  static_assert(sizeof digits - 1 == 65, "one symbol per colour");
+  fprintf(out, "%s:\n", name);
+  for (int l = 1; l <= fs.nb_lines; l++) {
+    for (int c = 1; c <= fs.nb_cols; c++) fputc(digits[plane[cellix(l, c)] % 65], out);
+    fputc('\n', out);
+  }
+}
+
+}  // namespace
+
+fs_menuhook as_menuhook = nullptr;
+fs_poshook as_poshook = nullptr;
+
+void fs_paintline(int line) {
+  if (fs.cur < 0 || !fs.plat) return;
+  int base = cellix(line, 1), c = 1;
+  while (c <= fs.nb_cols && cellook(base + c - 1) == shadowlook(base + c - 1)) c++;
+  std::vector<uint16_t> buf;
+  while (c <= fs.nb_cols) {
+    look a = cellook(base + c - 1);
+    int start = c;
+    buf.clear();
+    for (; c <= fs.nb_cols; c++) {
+      look b = cellook(base + c - 1);
+      if (b.hl != a.hl || b.col != a.col || b.in != a.in) break;
+      int ix = base + c - 1;
+      fs.sh.text[ix] = b.ch;
+      fs.sh.hilite[ix] = b.hl;
+      fs.sh.colour[ix] = b.col;
+      fs.sh.intensity[ix] = b.in;
+      buf.push_back(b.ch);
+    }
+    fs.plat->run(line, start, buf.data(), int(buf.size()), a.hl, a.col, a.in);
+  }
+}
+
+void fs_compare() {
+  if (fs.cur < 0) return;
+  fs_pagerec &p = pg();
+  if (fs.full || fs.colchange) {
+    if (fs.plat) fs.plat->clear();
+    std::fill(fs.sh.text.begin(), fs.sh.text.end(), uint16_t(' '));
+    std::fill(fs.sh.hilite.begin(), fs.sh.hilite.end(), uint8_t(0));
+    std::fill(fs.sh.colour.begin(), fs.sh.colour.end(), uint8_t(64));
+    std::fill(fs.sh.intensity.begin(), fs.sh.intensity.end(), uint8_t(1));
+    fs.curs_line = fs.curs_col = 0;
+    fs.full = fs.colchange = false;
+    p.repaint = true;
+  }
+  bool dirty = p.repaint;
+  for (uint8_t d : p.dirty) dirty = dirty || d;
+  if (!dirty) return;
+  for (int l = 1; l <= fs.nb_lines; l++) fs_paintline(l);
+  std::fill(p.dirty.begin(), p.dirty.end(), uint8_t(0));
+  p.repaint = false;
+}
+
+void fs_drawstatus() {
+  if (!fs.plat || fs.cur < 0) return;
+  std::string s(size_t(fs.nb_cols), ' ');
+  put(s, 1, position().c_str());
+  int mc = fs.nb_cols / 2 - 4;
+  if (mc < 1) mc = 1;
+  const char *mode = fs.insert && fs.reverse ? "< RINS >"
+                     : fs.insert             ? "< INS > "
+                     : fs.reverse            ? "  < R >   "
+                                             : "          ";
+  put(s, mc, mode);
+  if (fs.nb_cols >= 57) {
+    put(s, fs.nb_cols - 15, fs.readonly ? "READ ONLY FILE" : "              ");
+  } else if (fs.nb_cols - 4 > mc + int(strlen(mode))) {
+    put(s, fs.nb_cols - 4, fs.readonly ? "R/O" : "   ");
+  }
+  put(s, fs.nb_cols / 4 * 3 - 4, fs.apl ? "APL" : "   ");
+  if (s == fs.status) return;
+  fs.status = s;
+  fs.plat->status(s);
+}
+
+void asrefresh() {
+  if (!fs.started || fs.cur < 0) return;
+  fs_pagerec &p = pg();
+  if (fs.plat && fs.view) fs.plat->show(1);
+  if (fs.curnum != fs.shown) fs.full = true;
+  for (; p.bells > 0; p.bells--)
+    if (fs.plat && !fs.nobells) fs.plat->bell();
+  fs_compare();
+  fs.shown = fs.curnum;
+  if (fs.plat && (p.cur_line != fs.curs_line || p.cur_col != fs.curs_col)) {
+    int ix = cellix(p.cur_line, p.cur_col);
+    int hl = fs.sh.hilite[ix];
+    fs.plat->cursor(p.cur_line, p.cur_col, !fs.acol ? 64 : hl == 2 || hl == 3 ? 0 : 64);
+    fs.curs_line = p.cur_line;
+    fs.curs_col = p.cur_col;
+  }
+  fs_drawstatus();
+  if (fs.plat) fs.plat->flush();
+}
+
+void fs_dump(FILE *out, int attrs) {
+  if (fs.cur < 0) return;
+  for (int l = 1; l <= fs.nb_lines; l++) {
+    int end = fs.nb_cols;
+    while (end > 0 && fs.sh.text[cellix(l, end)] == ' ') end--;
+    for (int c = 1; c <= end; c++) utf8(out, fs.sh.text[cellix(l, c)]);
+    fputc('\n', out);
+  }
+  size_t end = fs.status.find_last_not_of(' ');
+  fprintf(out, "%s\n", end == std::string::npos ? "" : fs.status.substr(0, end + 1).c_str());
+  if (!attrs) return;
+  dumpplane(out, "hilite", fs.sh.hilite);
+  dumpplane(out, "colour", fs.sh.colour);
+  dumpplane(out, "intensity", fs.sh.intensity);
+}
