@@ -1,2 +1,147 @@
-// The command interpreter and command table.
+// The command interpreter: the command table, the dispatcher and its splitter,
+// synonyms, macros and command files, messages and the dispatch state.
 #pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct cmd_entry;
+
+// One command as its handler sees it.
+struct xfcmd {
+    std::string_view orig;   // the line as given, before $ expansion
+    std::string_view line;   // the expanded line
+    std::string_view lline;  // the expanded line folded to lower case
+    std::string_view norm;   // the expanded line with a blank after the word
+    std::string_view lnorm;  // the same, folded
+    int ctx1 = 0, ctx2 = 0;  // context values passed down to nested dispatches
+    const cmd_entry *ent = nullptr; // the table entry that matched
+    int typed = 0;           // length of the command word as typed
+
+    // The operands: the normalised text behind the command word, leading
+    // blanks skipped.
+    std::string_view ops() const;
+};
+
+using xfcm_fn = int (*)(const xfcmd &);
+
+enum : uint8_t {
+    CMD_SET = 1,    // may be reached as SET <name>
+    CMD_QUERY = 2,  // Query <name> re-dispatches it
+};
+
+struct cmd_entry {
+    const char *name;  // minimum abbreviation in capitals
+    uint8_t flags;     // CMD_SET, CMD_QUERY
+    xfcm_fn fn;        // handler, null for the not-implemented table
+};
+
+// Start-up values of an entry: folded name, full length, minimum length.
+struct cmd_info {
+    std::string lname; // name folded to lower case
+    int len;           // full length
+    int min;           // characters before the first lower-case letter
+};
+
+constexpr int CMD_COUNT = 365;
+constexpr int NOTIMP_COUNT = 28;
+extern const cmd_entry cmd_table[CMD_COUNT];
+extern const cmd_entry notimp_table[NOTIMP_COUNT];
+extern cmd_info cmd_infos[CMD_COUNT];        // parallel to cmd_table
+extern cmd_info notimp_infos[NOTIMP_COUNT];  // parallel to notimp_table
+
+void cmd_init();                             // tables, hash, synonym; once
+const cmd_entry *cmd_lookup(std::string_view folded_word);
+int cmd_index(const cmd_entry *e);           // position in cmd_table
+const cmd_info &cmd_info_of(const cmd_entry *e);
+std::vector<const cmd_entry *> &set_table();
+int cmd_hash_of(std::string_view key);       // the bucket of a key
+
+// Word tests shared by handlers.
+bool word_match(std::string_view text, const cmd_info &name);
+bool synonym_match(std::string_view text, std::string_view name, int minlen);
+bool abbrev(std::string_view word, std::string_view name, int min); // case folded
+
+// ---------------------------------------------------------------------------
+// Dispatch.
+int xfcmdline(std::string_view line, int ctx1 = 0, int ctx2 = 0);
+int xfcom2(std::string_view line, int ctx1 = 0, int ctx2 = 0);
+int xfcmdline_given(std::string_view line, int ctx1 = 0, int ctx2 = 0); // macro text, may hold 0
+std::string xfexpand(std::string_view line);
+bool xftarget_test(std::string_view line);
+
+extern int cmd_rc;          // return code of the last command
+extern int may_macro;       // macros may take the next dispatch
+extern int may_builtin;     // built-in commands may take the next dispatch
+extern int macro_first;     // SET MACRO ON
+extern int profile_pending; // the profile is searched as a macro first
+extern int synonym_armed;   // 0 while a synonym's expansions run
+extern int synonym_on;      // SYNonym ON
+extern int no_redisplay;    // PRompt: no command-line give-back once
+extern int keep_rc_quiet;   // non-zero cmd_rc that is no failure
+extern int inner_quiet;     // keep_rc_quiet of the last dispatch
+extern int linend_on;       // LINEND splitting on
+extern char linend_char;    // the LINEND character
+extern int impcmscp;        // 0 OFF, 1 ON, 2 XON
+extern int redisplay_done;  // the failed line was put back on the command line
+extern int macro_depth;     // REXX macros running
+
+// MODE switches.
+struct xfmodes {
+    int locate_stay = 0;    // LOCATE STAY
+    int prefix_ispf = 0;    // PREFIX ISPF
+    int enter_stay = 1;     // ENTER STAY
+    int number_scroll = 0;  // NUMBER SCROLL
+    int change_one = 0;     // CHANGE ONE
+    int redisplay = 1;      // REDISPLAY ON
+    int cursor = 1;         // CURSOR n, 0 = WRAP
+    int get_stay = 0;       // GET STAY
+    int icursor = 0;        // ICURSOR ON
+    int reserved_skip = 1;  // RESERVED SKIP
+    int notimp = 1;         // NOTIMP ON
+    int scroll_wrap = 0;    // SCROLL WRAP
+    int command_ispf = 0;   // COMMAND ISPF
+    int expand_on = 1;      // EXPAND ON
+    int expand_env = 0;     // EXPAND ENV
+};
+extern xfmodes modes;
+
+// ---------------------------------------------------------------------------
+// Messages.
+void xfmsg(int number, int level);
+void xfmsgs(std::string_view text, int level);
+const char *xfmsg_text(int number);          // "" for an empty slot
+extern std::string last_message;             // copy of the last message shown
+
+// ---------------------------------------------------------------------------
+// Macros and command files.
+struct xfmacro {
+    std::string name;                  // name without extension
+    std::string path;                  // full path
+    int cls = 0;                       // extension class
+    bool loaded = false;               // command file lines read
+    std::vector<std::string> lines;    // command file lines once read
+};
+extern std::vector<xfmacro> rexx_macros, cmd_files, flist_macros;
+extern std::vector<std::string> macro_path; // directories HAsh scans
+int xfext_class(std::string_view name);
+int xfmacro_search(std::string_view line);  // 1 taken, 0 not
+void xfhash_path();                        // HAsh with no operand
+extern int (*xfrexx_hook)(const std::string &path, std::string_view rest); // run a REXX macro
+extern std::vector<std::vector<std::string>> arg_frames; // words of executing macros
+
+// Command history.
+void xfhist_add(std::string_view line);
+
+// Queue operations used by the dispatcher.
+void xfqueue_clear();
+
+// Operand parsing helpers shared by handlers.
+std::string_view xfword(std::string_view &rest); // next blank-delimited word
+std::string_view xftrim(std::string_view s);
+bool xfnumber(std::string_view s, long &out);     // whole decimal number
+
+// Lets a test replace the command table's "not implemented" handler lookup.
+int xfcm_notimpl(const xfcmd &c);

@@ -1,2 +1,4 @@
 // xed: the editor's process entry.
-int main() { return 0; }
+#include "session/xed.h"
+
+int main(int argc, char **argv) { return xfmain(argc, argv); }

@@ -1,2 +1,256 @@
-// The editor's session: files, views and the bound variables.
+// The editor's session: the file record, the view record, the line store and
+// the process-wide state that every command works on.
+//
+// Code addresses the current file and the current view through two bound
+// pointers, `xf` and `xv`; switching file or view rebinds them and nothing
+// else, so no command needs to be told which file it works on.
 #pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// ---------------------------------------------------------------------------
+// Memory wrapper: callers never test the result; failure goes to xfnomem.
+void *xfmalloc(size_t size);
+void *xfrealloc(void *ptr, size_t size);
+void *xfgrow(void *ptr, size_t size);
+[[noreturn]] void xfnomem(size_t size, int reason);
+char *xfstrdup(std::string_view s);   // heap copy, NUL-ended, owned by the caller
+void xfmem_install();                 // route operator new failures to xfnomem
+
+// Hook for the recovery save: called by xfnomem before the process ends.
+// The saving subsystem sets it; null means nothing is saved.
+extern void (*xfnomem_hook)(int reason); // recovery of changed files
+
+// ---------------------------------------------------------------------------
+// Lines.  A line is one slot of the store: its heap text (NUL-ended, but its
+// length is authoritative: binary lines may hold NUL bytes), its length, its
+// stop mark and its selection level.
+struct xfline {
+    char *text;        // heap text owned by the line
+    int32_t len;       // byte length of text
+    int32_t stopmark;  // 0..3, set through xf_do code 's'
+    int32_t selevel;   // selection level (SET SELECT)
+};
+
+// The four line arrays as one gapped array: inserting or deleting near the
+// same place repeatedly costs only the lines between the gap and the edit
+// point, and index access stays constant-time.
+class xflines {
+public:
+    xflines() = default;
+    ~xflines();
+    xflines(const xflines &) = delete;
+    xflines &operator=(const xflines &) = delete;
+
+    int32_t size() const { return cap_ - gaplen_; }
+    int32_t capacity() const { return cap_; }
+    xfline &operator[](int32_t i) { return buf_[i < gap0_ ? i : i + gaplen_]; }
+    const xfline &operator[](int32_t i) const { return buf_[i < gap0_ ? i : i + gaplen_]; }
+
+    void reserve(int32_t cap);          // capacity at least cap
+    void open(int32_t at, int32_t n);   // n zeroed slots before index `at`
+    void close(int32_t at, int32_t n);  // remove n slots from `at` (texts untouched)
+
+private:
+    void movegap(int32_t at);
+    xfline *buf_ = nullptr;  // storage, cap_ slots
+    int32_t cap_ = 0;        // slots allocated
+    int32_t gap0_ = 0;       // first slot of the gap
+    int32_t gaplen_ = 0;     // slots in the gap
+};
+
+// ---------------------------------------------------------------------------
+// Cursor record: where the cursor is to stand, with a priority.
+struct xfcursor {
+    int32_t ec = 0;        // view index
+    int32_t fld = 0;       // 0 file area, else field number of the page
+    int32_t li = -1;       // line
+    int32_t col = 0;       // column
+    int32_t cmdcol[2] = {0, 0}; // saved position in the command line
+    int32_t elem = -1;     // prefix or reserved element, -1 none
+    int32_t spare = 0;     // unused
+    int32_t prio = 0;      // priority of the proposal
+};
+
+struct xfpoint {
+    std::string name;      // ".name" as given
+    int32_t li;            // line index
+};
+
+// Undo journal of one file: parallel arrays of entries, and the redo list.
+struct xfjentry {
+    bool groupstart;       // first entry of a group
+    int32_t line;          // li of the xf_do call
+    char code;             // D d r i I s
+    int32_t nlines;        // count of the xf_do call
+    int32_t oldmark;       // for 's': stop mark before the change
+    std::vector<xfline> old; // texts removed by the operation (owned)
+    xfcursor cursor;       // where the cursor stood (ec -1 unknown)
+};
+struct xfjournal {
+    std::vector<xfjentry> undo; // entries, oldest first
+    std::vector<xfjentry> redo; // undone entries, for REDo
+};
+
+struct xfpend {
+    int32_t view, li, code, count, spare; // pending prefix entry
+    void *args;            // macro argument list
+};
+
+// ---------------------------------------------------------------------------
+// The file record.
+struct xfile {
+    xflines lines;         // text, lentr, stopmark, selevel
+    int32_t chgcount = 0;  // changes since the last save
+    int32_t group_open = 1; // next journalled change starts an undo group
+    std::vector<xfpend> pend1, pend2; // pending prefix entries
+    xfcursor ptcur_i;      // where the cursor is to stand
+    std::string fname;     // full path
+    std::string fname2;    // path as loaded
+    std::string idline;    // identification line as last built
+    xfjournal journal;     // undo and redo
+    std::vector<int32_t> tabset; // TABSET columns
+    int32_t colptr = 0;    // column pointer
+    int32_t chgsince = 0;  // changes towards AUTOSAVE
+    int32_t case_mode = 1; // 0 MI, 1 MR, 2 UI, 3 UR
+    int32_t rw = 1;        // RW ON
+    int64_t mtime = 2147483647; // last-write time at load
+    std::vector<std::pair<std::string, int32_t>> pfxtexts; // prefix texts by line
+    int32_t lrecl = 0;     // 0 means *
+    int32_t trunc = 0;     // 0 means *
+    int32_t reload_ok = 1; // may be reloaded on external change
+    int32_t fileid = 0;    // session number of the file
+    std::vector<std::string> reserved; // RESERVED lines
+    std::vector<xfpoint> points; // named lines
+    int32_t loadmark = -1; // nbli-1 at load
+    std::vector<xfcursor> curstack; // proposed cursor positions
+    int32_t synstale = 0;  // colouring state, -1 when stale
+    int32_t format[7] = {0, 71, -1, 0, 1, 0, 1}; // MARGINS and FORMAT
+    int32_t eol_kind = 1;  // 0 CR LF, 1 LF
+    int32_t case_s = 0;    // SRESPECT
+    int32_t case_c = 0;    // CRESPECT
+    int32_t keepblanks = 0; // trailing blanks kept
+    int32_t bin = 0;       // binary file
+    int32_t powerinput[4] = {0, 0, 0, 0}; // POWERINPUT words
+    std::vector<std::string> pmsgs; // messages waiting to be shown
+
+    int32_t nbli() const { return lines.size(); }
+    int32_t nballoc() const { return lines.capacity(); }
+};
+
+// Per-file, per-view settings.
+struct xfviewfile {
+    int32_t curline = -1;  // the view's current line of that file
+    int32_t w[3] = {0, 0, 0}; // words kept for the page composer
+    int32_t verify[2] = {1, 0}; // VERIFY columns (0 = whole line)
+    int32_t scale = 0;     // SCALE
+    int32_t tabline = 0;   // TABLINE
+    int32_t zone[2] = {1, 0}; // ZONE, 0 = end of line
+    int32_t prefix = 1;    // PREFIX
+    int32_t number = 0;    // NUMBER
+};
+
+struct xview {
+    int32_t fileidx = -1;  // current file of the view, -1 none
+    std::vector<xfviewfile> perfile; // one per file of the ring
+    xfviewfile screen;     // the _SCREEN defaults a new file copies
+    std::string cmdline;   // command-line buffer
+    int32_t cmdcursor = 0; // cursor column in the command line
+    int32_t select_new = 0; // selection level of new lines
+    int32_t display_lo = 0, display_hi = 0; // DISPLAY range
+    int32_t scope = 0;     // 0 DISPLAY, 1 ALL, 2 inverse
+    std::vector<std::string> msgs; // message area: texts in order
+};
+
+// ---------------------------------------------------------------------------
+// Process-wide session state.
+extern std::vector<xfile *> files; // the ring, in creation order
+extern std::vector<xview *> views; // the screens
+extern xfile *xf;                  // bound current file, or null
+extern int xfidx;                  // its index in files, -1 none
+extern xview *xv;                  // bound current view
+extern int xvidx;                  // its index in views
+extern int topline;                // -1 with a top-of-file line, 0 without
+extern bool batch;                 // no window, no field manager
+extern bool timeload;              // TIMELOAD=ON timing trace
+extern bool autoexit;              // MODE AUTOEXIT ON
+extern int reload_default;         // reload_ok of new files
+extern int eol_default;            // FILEConv of new files: 1 LF
+extern int keepblanks_global;      // KEEPBLANKS override, -1 none
+extern int bin_global;             // BIN override, -1 none
+extern int cmd_source;             // 1 key, 2 queue/macro, 3 mouse, 4 menu
+extern std::vector<int32_t> chg_snapshot; // change counters at cycle start
+extern std::vector<int32_t> ringpos; // ring order number of each file
+extern xfcursor ptcu;               // cursor as read at the last screen read
+extern xfcursor ptmo;               // where the mouse pointer stood
+
+inline int nbfiles() { return (int)files.size(); }
+inline int32_t nbli() { return xf ? xf->nbli() : 0; }
+inline int32_t &curline() { return xv->perfile[xfidx].curline; }
+
+// Per-extension defaults made by SET commands: extension -> value words.
+struct xfextdef { std::string ext; std::string value; };
+extern std::vector<xfextdef> ext_tabs, ext_case, ext_lrecl, ext_trunc,
+    ext_keepblanks, ext_bin, ext_powerinput; // "*" is the fallback entry
+
+// ---------------------------------------------------------------------------
+// The line store.
+void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
+           xfline *lines, const char *tag);
+void xf_do(char cd, std::string_view text, int32_t li, const char *tag); // mode 1 r/i
+void xfcheckroom(int32_t extra);
+void xfshift_down(int32_t after, int32_t n);
+void xfshift_up(int32_t from, int32_t n, int32_t at);
+void xfadd(int32_t after, int32_t count, int flag);
+bool xfinscope(int32_t li);         // the scope test for the current view
+void xfclampcur();                  // keep every view's curline valid
+int xfpoint_find(std::string_view name); // index in xf->points or -1
+void xfpoint_set(std::string_view name, int32_t li);
+void xfclearundo(xfile *f);
+void xfclearredo(xfile *f);
+
+// The ring.
+int xfnewfile();                    // new record at the end, bound; its index
+void xfdefaults(const std::string &name, int previous);
+void xfsetfile(int index);
+void xfsetview(int index);
+void xfswitchto(int k);
+int xfprevfile();
+int xfnextfile();
+void xfdelfile();
+void xfsortring(int from, int to);
+void xfsession_reset();             // empty ring, one view (tests and start-up)
+std::string xfext(std::string_view name); // text after the last '.', or ""
+
+// Hooks that later subsystems fill; null does nothing.
+extern void (*xfreload_hook)();     // reload check after a switch
+
+// ---------------------------------------------------------------------------
+// Start-up, main loop and ending.
+int xfmain(int argc, char **argv);
+void xfqueue(std::string_view text);
+[[noreturn]] void xfexit(int code);
+extern std::vector<std::string> cmd_queue; // pending commands
+extern std::vector<std::string> macro_stack_cmds; // commands stacked by macros
+extern std::string startdir;       // current directory at start
+extern std::vector<std::string> cdpath; // XCDPATH entries, each ending in '/'
+extern std::vector<std::string> xpath;  // XPATH or PATH absolute entries
+extern std::string installdir;     // directory of the program, ending in '/'
+extern std::string xhome;          // the editor's home directory
+extern std::vector<std::string> raw_argv; // the vector as split
+extern std::vector<std::string> regrouped_argv; // for restart
+extern bool opt_pdf, opt_kedit;    // -pdf and -kedit
+
+// Trace.
+void xftrace(const char *label);   // record in the ring of the last 500
+bool xftrace_dump();               // write xed.trace; false on failure
+void dttime(int stop, int level, const char *text);
+void xftimeload(const char *what);
+int xfcm_check();                  // verify every line's length; 0 good
+
+// Minimal load and save until the files subsystem takes over.
+int xfedit(const std::string &name);

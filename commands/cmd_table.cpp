@@ -1,0 +1,540 @@
+// The command table: every command name with its abbreviation, flags and
+// handler, the settings that are accepted and ignored, the hash that finds an
+// entry from any abbreviation, and the SET table.
+#include "commands/commands.h"
+#include "commands/handlers.h"
+
+#include <cctype>
+#include <cstring>
+
+// The order matters: the earlier entry wins every clash of abbreviations,
+// and the first five are tried on the line itself before the hash.
+// Rows whose handler is xfcm_notimpl are the commands still to be built.
+const cmd_entry cmd_table[CMD_COUNT] = {
+    {"-\\", 0, xfcm_bsearch},
+    {"\\", 0, xfcm_fsearch},
+    {"R/", 0, xfcm_rsearch},
+    {"=", CMD_SET, xfcm_equal},
+    {"?", 0, xfcm_qmark},
+    {"ALT", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"ARBchar", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"AUTOBin", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"AUTOExp", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"AUTOIndent", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"AUtosave", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"BACKUP", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"BEEP", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"BInary", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"BOUNDS", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"CASE", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"CLICKdelay", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"CMDline", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"COLor", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"CTLchar", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"CURLine", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"DISPlay", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"ESCAPEdelay", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"FMAcro", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"FOLLOW", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"FORCEFOCUS", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"FORMAT", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"FLDATE", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"FLPP", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"GLOBALCase", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"HEX", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"HIStory", CMD_SET | CMD_QUERY, xfcm_history},
+    {"HIghlight", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"IMPcmscp", CMD_SET | CMD_QUERY, xfcm_impcmscp},
+    {"ISOConv", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"KEEPBlanks", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"LASTLorc", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"LASTFiles", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"LIMIT", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"LINENd", CMD_SET | CMD_QUERY, xfcm_linend},
+    {"LINECol", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"LRecl", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"MACRO", CMD_SET | CMD_QUERY, xfcm_macro},
+    {"MARgins", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"MESsagesdir", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"METAKey", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"MOUSEMode", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"NUMBER_Screen", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"NUMber", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"POWerinput", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"PREFIX_Screen", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"PREfix", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"Point", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"RECycle", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"REPEATDelay", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"RESERved", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"RW", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SAVEClearundo", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SCALE_Screen", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SCALe", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SCOpe", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SCROllbar", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SCKeys", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SELect", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SELECTAll", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SEP", CMD_SET | CMD_QUERY, xfcm_linend},
+    {"SHAdow", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SHBlank", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SHOWHistory", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"SPAN", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"STAY", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"STAMpdelay", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"STReam", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"TABLINE_Screen", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"TABLine", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"TABSet", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"TOolbar", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"TIMELOAD", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"TRUnc", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"VARblank", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"VERIFY_Screen", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"Verify", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"VIsible", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"WORDChars", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"WRap", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"XSHELLMax", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"ZONE_Screen", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"Zone", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"XTESTChars", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"WINSHRinktofit", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"FD", CMD_SET, xfcm_notimpl},
+    {"FName", CMD_SET, xfcm_notimpl},
+    {"FONt", CMD_SET, xfcm_notimpl},
+    {"FType", CMD_SET, xfcm_notimpl},
+    {"KEYboard", CMD_SET, xfcm_notimpl},
+    {"PENDing", CMD_SET, xfcm_notimpl},
+    {"SCReen", CMD_SET, xfcm_notimpl},
+    {"STAck", CMD_SET, xfcm_notimpl},
+    {"SYNTax", CMD_SET, xfcm_notimpl},
+    {"SYNonym", CMD_SET, xfcm_synonym},
+    {"APL", CMD_QUERY, xfcm_notimpl},
+    {"CTags", CMD_QUERY, xfcm_notimpl},
+    {"OBsolete", CMD_QUERY, xfcm_notimpl},
+    {"RELEase", CMD_QUERY, xfcm_notimpl},
+    {"RELoad", CMD_QUERY, xfcm_notimpl},
+    {"REMap", CMD_QUERY, xfcm_notimpl},
+    {"ACCess", 0, xfcm_notimpl},
+    {"ALl", 0, xfcm_notimpl},
+    {"AQUIT", 0, xfcm_aquit},
+    {"Add", 0, xfcm_add},
+    {"BAckward", 0, xfcm_backward},
+    {"BOUCLE", 0, xfcm_notimpl},
+    {"BUILTIN", 0, xfcm_command},
+    {"BUtton", 0, xfcm_notimpl},
+    {"Bottom", 0, xfcm_bottom},
+    {"CANcel", 0, xfcm_notimpl},
+    {"CAPS", 0, xfcm_notimpl},
+    {"CAppend", 0, xfcm_notimpl},
+    {"CD", 0, xfcm_notimpl},
+    {"CDElete", 0, xfcm_notimpl},
+    {"CENTER_End", 0, xfcm_notimpl},
+    {"CENTER_Init", 0, xfcm_notimpl},
+    {"CENTER_Send", 0, xfcm_notimpl},
+    {"CEnter", 0, xfcm_notimpl},
+    {"CFirst", 0, xfcm_notimpl},
+    {"CHG", 0, xfcm_notimpl},
+    {"CInsert", 0, xfcm_notimpl},
+    {"CLAst", 0, xfcm_notimpl},
+    {"CLEARErrors", 0, xfcm_notimpl},
+    {"CLocate", 0, xfcm_notimpl},
+    {"CLOSEConsole", 0, xfcm_notimpl},
+    {"CMSG", 0, xfcm_cmsg},
+    {"CN", 0, xfcm_notimpl},
+    {"COMPIle", 0, xfcm_notimpl},
+    {"COMPLete", 0, xfcm_notimpl},
+    {"COMPRess", 0, xfcm_notimpl},
+    {"COMmand", 0, xfcm_command},
+    {"COUnt", 0, xfcm_notimpl},
+    {"COVerlay", 0, xfcm_notimpl},
+    {"COpy", 0, xfcm_notimpl},
+    {"CREAte", 0, xfcm_notimpl},
+    {"CReplace", 0, xfcm_notimpl},
+    {"CURsor", 0, xfcm_notimpl},
+    {"C_APLStop", 0, xfcm_notimpl},
+    {"C_APLTrace", 0, xfcm_notimpl},
+    {"C_Dup", 0, xfcm_notimpl},
+    {"C_ENDCurl", 0, xfcm_notimpl},
+    {"C_ENDLine", 0, xfcm_notimpl},
+    {"C_ENDS", 0, xfcm_notimpl},
+    {"C_ENDSAll", 0, xfcm_notimpl},
+    {"C_ENDSR", 0, xfcm_notimpl},
+    {"C_EXT", 0, xfcm_notimpl},
+    {"C_Find", 0, xfcm_notimpl},
+    {"C_LINEAdd", 0, xfcm_notimpl},
+    {"C_LINEDel", 0, xfcm_notimpl},
+    {"C_SCRH", 0, xfcm_notimpl},
+    {"C_SCRJ", 0, xfcm_notimpl},
+    {"C_SCRV", 0, xfcm_notimpl},
+    {"C_SPlit", 0, xfcm_notimpl},
+    {"C_STARTLine", 0, xfcm_notimpl},
+    {"C_STARTS", 0, xfcm_notimpl},
+    {"Change", 0, xfcm_notimpl},
+    {"DACCess", 0, xfcm_notimpl},
+    {"DEFINE", 0, xfcm_define},
+    {"DELAY", 0, xfcm_cmsg},
+    {"DELete", 0, xfcm_notimpl},
+    {"DFlist", 0, xfcm_notimpl},
+    {"DOSFile", 0, xfcm_notimpl},
+    {"DOSSave", 0, xfcm_notimpl},
+    {"DRELEase", 0, xfcm_notimpl},
+    {"DUPlicat", 0, xfcm_notimpl},
+    {"DY_All", 0, xfcm_notimpl},
+    {"DY_Exclude", 0, xfcm_notimpl},
+    {"DY_FInd", 0, xfcm_notimpl},
+    {"DY_FOnt", 0, xfcm_notimpl},
+    {"DY_SHow", 0, xfcm_notimpl},
+    {"Down", 0, xfcm_down},
+    {"EDIT", 0, xfcm_xedit},
+    {"EEXIT", 0, xfcm_notimpl},
+    {"EMSG", 0, xfcm_msg},
+    {"END", 0, xfcm_notimpl},
+    {"EXClude", 0, xfcm_notimpl},
+    {"EXIT", 0, xfcm_notimpl},
+    {"EXTract", 0, xfcm_notimpl},
+    {"FBUtton", 0, xfcm_notimpl},
+    {"FFile", 0, xfcm_notimpl},
+    {"FFList", 0, xfcm_notimpl},
+    {"FILTer", 0, xfcm_notimpl},
+    {"FINDUp", 0, xfcm_notimpl},
+    {"FINd", 0, xfcm_notimpl},
+    {"FIle", 0, xfcm_notimpl},
+    {"FILEConv", 0, xfcm_notimpl},
+    {"FLAth", 0, xfcm_notimpl},
+    {"FLFile", 0, xfcm_notimpl},
+    {"FLOW", 0, xfcm_notimpl},
+    {"FLQuit", 0, xfcm_notimpl},
+    {"FORCERefresh", 0, xfcm_notimpl},
+    {"FORward", 0, xfcm_forward},
+    {"FUp", 0, xfcm_notimpl},
+    {"Flist", 0, xfcm_notimpl},
+    {"GET_Panel", 0, xfcm_notimpl},
+    {"Get", 0, xfcm_notimpl},
+    {"HAsh", 0, xfcm_hash},
+    {"HEXType", 0, xfcm_notimpl},
+    {"HOme", 0, xfcm_notimpl},
+    {"Help", 0, xfcm_notimpl},
+    {"ISWitch", 0, xfcm_iswitch},
+    {"Input", 0, xfcm_input},
+    {"KFIle", 0, xfcm_notimpl},
+    {"KSAve", 0, xfcm_notimpl},
+    {"LEFTAdjust", 0, xfcm_notimpl},
+    {"LEft", 0, xfcm_notimpl},
+    {"LIsten", 0, xfcm_notimpl},
+    {"LOWercas", 0, xfcm_notimpl},
+    {"Locate", 0, xfcm_notimpl},
+    {"MAN", 0, xfcm_notimpl},
+    {"MAtch", 0, xfcm_notimpl},
+    {"MButton", 0, xfcm_notimpl},
+    {"MENu", 0, xfcm_notimpl},
+    {"MENUBar", 0, xfcm_notimpl},
+    {"MErge", 0, xfcm_notimpl},
+    {"MODe", 0, xfcm_mode},
+    {"MOve", 0, xfcm_notimpl},
+    {"MSG", 0, xfcm_msg},
+    {"NEXTError", 0, xfcm_notimpl},
+    {"NEXTWord", 0, xfcm_notimpl},
+    {"NEWFile", 0, xfcm_notimpl},
+    {"NFINDUp", 0, xfcm_notimpl},
+    {"NFUp", 0, xfcm_notimpl},
+    {"NFind", 0, xfcm_notimpl},
+    {"NIS", 0, xfcm_notimpl},
+    {"NISG", 0, xfcm_notimpl},
+    {"NSort", 0, xfcm_notimpl},
+    {"Next", 0, xfcm_down},
+    {"PDFCANcel", 0, xfcm_notimpl},
+    {"PDFCOpy", 0, xfcm_notimpl},
+    {"PDFChange", 0, xfcm_notimpl},
+    {"PDFDELete", 0, xfcm_notimpl},
+    {"PDFEXClude", 0, xfcm_notimpl},
+    {"PDFFINd", 0, xfcm_notimpl},
+    {"PDFLocate", 0, xfcm_notimpl},
+    {"PDFReplace", 0, xfcm_notimpl},
+    {"PGDown", 0, xfcm_notimpl},
+    {"PGUp", 0, xfcm_notimpl},
+    {"PQUIT", 0, xfcm_pquit},
+    {"PREVWord", 0, xfcm_notimpl},
+    {"PREServe", 0, xfcm_notimpl},
+    {"PRINTScreen", 0, xfcm_notimpl},
+    {"PRINTFile", 0, xfcm_notimpl},
+    {"PRESERVLinks", 0, xfcm_notimpl},
+    {"PRNOPAR", 0, xfcm_notimpl},
+    {"PRompt", 0, xfcm_prompt},
+    {"PURge", 0, xfcm_notimpl},
+    {"PUT", 0, xfcm_notimpl},
+    {"PUTD", 0, xfcm_notimpl},
+    {"PWD", 0, xfcm_pwd},
+    {"QID", 0, xfcm_qid},
+    {"QQuit", 0, xfcm_quit},
+    {"QUIT", 0, xfcm_quit},
+    {"Query", 0, xfcm_query},
+    {"RChange", 0, xfcm_notimpl},
+    {"SRChange", 0, xfcm_notimpl},
+    {"PDFRChange", 0, xfcm_notimpl},
+    {"XEDRChange", 0, xfcm_notimpl},
+    {"READ", 0, xfcm_notimpl},
+    {"READScreen", 0, xfcm_notimpl},
+    {"REDo", 0, xfcm_notimpl},
+    {"REFRESH", 0, xfcm_refresh},
+    {"REGtype", 0, xfcm_notimpl},
+    {"REPEat", 0, xfcm_notimpl},
+    {"RESTore", 0, xfcm_notimpl},
+    {"RESet", 0, xfcm_notimpl},
+    {"RFINd", 0, xfcm_notimpl},
+    {"RFlist", 0, xfcm_notimpl},
+    {"RIGHTAdjust", 0, xfcm_notimpl},
+    {"RIght", 0, xfcm_notimpl},
+    {"Replace", 0, xfcm_replace},
+    {"RTLF", 0, xfcm_notimpl},
+    {"WRTL", 0, xfcm_notimpl},
+    {"SABER_End", 0, xfcm_notimpl},
+    {"SABER_Init", 0, xfcm_notimpl},
+    {"SABER_Send", 0, xfcm_notimpl},
+    {"SAve", 0, xfcm_notimpl},
+    {"SCN", 0, xfcm_notimpl},
+    {"SChange", 0, xfcm_notimpl},
+    {"SETEnv", 0, xfcm_notimpl},
+    {"SETP", 0, xfcm_notimpl},
+    {"SEt", 0, xfcm_set},
+    {"SHEll", 0, xfcm_notimpl},
+    {"SHEllEXT", 0, xfcm_notimpl},
+    {"SHift", 0, xfcm_notimpl},
+    {"SHOWCdpath", 0, xfcm_notimpl},
+    {"SHOWPath", 0, xfcm_notimpl},
+    {"SHOw", 0, xfcm_notimpl},
+    {"SOS", 0, xfcm_notimpl},
+    {"SOrt", 0, xfcm_notimpl},
+    {"SORTRing", 0, xfcm_notimpl},
+    {"SPELL", 0, xfcm_notimpl},
+    {"SPELL_Add", 0, xfcm_notimpl},
+    {"SPELL_Next", 0, xfcm_notimpl},
+    {"SPLTJOIN", 0, xfcm_notimpl},
+    {"SSave", 0, xfcm_notimpl},
+    {"STop", 0, xfcm_notimpl},
+    {"SWitch", 0, xfcm_sw},
+    {"SYSCMD", 0, xfcm_syscmd},
+    {"S_COpy", 0, xfcm_notimpl},
+    {"S_CUt", 0, xfcm_notimpl},
+    {"S_Find", 0, xfcm_notimpl},
+    {"S_Help", 0, xfcm_notimpl},
+    {"S_Lower", 0, xfcm_notimpl},
+    {"S_LShift", 0, xfcm_notimpl},
+    {"S_MAN", 0, xfcm_notimpl},
+    {"S_PRsh", 0, xfcm_notimpl},
+    {"S_Paste", 0, xfcm_notimpl},
+    {"S_RShift", 0, xfcm_notimpl},
+    {"S_Set", 0, xfcm_notimpl},
+    {"S_Upper", 0, xfcm_notimpl},
+    {"S_Xed", 0, xfcm_notimpl},
+    {"TABExp", 0, xfcm_notimpl},
+    {"XEDCANcel", 0, xfcm_notimpl},
+    {"XEDCOpy", 0, xfcm_notimpl},
+    {"XEDChange", 0, xfcm_notimpl},
+    {"XEDDELete", 0, xfcm_notimpl},
+    {"XEDEXClude", 0, xfcm_notimpl},
+    {"XEDFINd", 0, xfcm_notimpl},
+    {"XEDLocate", 0, xfcm_notimpl},
+    {"XEDReplace", 0, xfcm_notimpl},
+    {"TOP", 0, xfcm_top},
+    {"TRAce", 0, xfcm_notimpl},
+    {"UNButton", 0, xfcm_notimpl},
+    {"UNDo", 0, xfcm_notimpl},
+    {"UNSetenv", 0, xfcm_notimpl},
+    {"UPPercas", 0, xfcm_notimpl},
+    {"Up", 0, xfcm_up},
+    {"VERIFY_SAve", 0, xfcm_notimpl},
+    {"VERIFY_SSAve", 0, xfcm_notimpl},
+    {"VERIFY_KSAve", 0, xfcm_notimpl},
+    {"W", 0, xfcm_pwd},
+    {"WB_SEND", 0, xfcm_notimpl},
+    {"WB_SETC", 0, xfcm_notimpl},
+    {"WIndows", 0, xfcm_notimpl},
+    {"XCSHell", 0, xfcm_notimpl},
+    {"XKSHell", 0, xfcm_notimpl},
+    {"XSHell", 0, xfcm_notimpl},
+    {"XSHOwhistory", 0, xfcm_notimpl},
+    {"XTCSHell", 0, xfcm_notimpl},
+    {"XWindows", 0, xfcm_notimpl},
+    {"WHeel", 0, xfcm_notimpl},
+    {"\xbd", 0, xfcm_notimpl},
+    {"\xee", 0, xfcm_notimpl},
+    {"X", 0, xfcm_notimpl},
+    {"XC", 0, xfcm_notimpl},
+    {"XE", 0, xfcm_notimpl},
+    {"XEDit", 0, xfcm_xedit},
+    {"XKB", 0, xfcm_notimpl},
+    {"XBin", 0, xfcm_notimpl},
+    {"XF", 0, xfcm_notimpl},
+    {"XFL", 0, xfcm_notimpl},
+    {"XH", 0, xfcm_notimpl},
+    {"XI", 0, xfcm_notimpl},
+    {"XM", 0, xfcm_notimpl},
+    {"XP", 0, xfcm_notimpl},
+    {"XT", 0, xfcm_notimpl},
+    {"XX", 0, xfcm_notimpl},
+    {"XS", 0, xfcm_notimpl},
+};
+
+const cmd_entry notimp_table[NOTIMP_COUNT] = {
+    {"BRKkey", CMD_SET, nullptr},   {"COLPtr", CMD_SET, nullptr},  {"ESCape", CMD_SET, nullptr},
+    {"ETARBCH", CMD_SET, nullptr},  {"ETMODE", CMD_SET, nullptr},  {"FILler", CMD_SET, nullptr},
+    {"FMode", CMD_SET, nullptr},    {"FULLread", CMD_SET, nullptr}, {"IMage", CMD_SET, nullptr},
+    {"MASK", CMD_SET, nullptr},     {"MSGLine", CMD_SET, nullptr}, {"MSGMode", CMD_SET, nullptr},
+    {"NONDisp", CMD_SET, nullptr},  {"NULls", CMD_SET, nullptr},   {"PA1", CMD_SET, nullptr},
+    {"PA2", CMD_SET, nullptr},      {"PA3", CMD_SET, nullptr},     {"PACK", CMD_SET, nullptr},
+    {"RANge", CMD_SET, nullptr},    {"RECfm", CMD_SET, nullptr},   {"REMOte", CMD_SET, nullptr},
+    {"SERial", CMD_SET, nullptr},   {"SIDcode", CMD_SET, nullptr}, {"SPILL", CMD_SET, nullptr},
+    {"TERMinal", CMD_SET, nullptr}, {"TEXT", CMD_SET, nullptr},    {"TOPEOF", CMD_SET, nullptr},
+    {"TRANSLat", CMD_SET, nullptr},
+};
+
+cmd_info cmd_infos[CMD_COUNT];
+cmd_info notimp_infos[NOTIMP_COUNT];
+
+namespace {
+
+constexpr int BUCKETS = 8192;
+
+struct hash_item {
+    std::string key;        // a folded abbreviation
+    const cmd_entry *entry; // the entry it stands for
+};
+std::vector<hash_item> buckets[BUCKETS]; // each chain in insertion order
+std::vector<const cmd_entry *> set_rows; // settable entries, then notimp rows
+
+void fill_info(const cmd_entry &e, cmd_info &inf)
+{
+    inf.len = (int)std::strlen(e.name);
+    inf.lname.assign(e.name);
+    inf.min = inf.len;
+    for (int i = 0; i < inf.len; i++) {
+        unsigned char c = (unsigned char)e.name[i];
+        if (c >= 'a' && c <= 'z') {
+            inf.min = i;
+            break;
+        }
+    }
+    for (auto &c : inf.lname)
+        if ((unsigned char)c < 128)
+            c = (char)std::tolower((unsigned char)c);
+}
+
+void hash_insert(std::string_view key, const cmd_entry *e)
+{
+    auto &chain = buckets[cmd_hash_of(key)];
+    for (auto &it : chain)
+        if (it.key == key)
+            return; // the earlier entry keeps the abbreviation
+    chain.push_back({std::string(key), e});
+}
+
+} // namespace
+
+int cmd_hash_of(std::string_view key)
+{
+    if (key.empty())
+        return 0;
+    unsigned h = (unsigned char)key[0];
+    for (unsigned char c : key)
+        h = (h * 31 + c) & 0x1fff;
+    return (int)h;
+}
+
+void cmd_init()
+{
+    static bool done = false;
+    if (done)
+        return;
+    done = true;
+    for (int i = 0; i < CMD_COUNT; i++)
+        fill_info(cmd_table[i], cmd_infos[i]);
+    for (int i = 0; i < NOTIMP_COUNT; i++)
+        fill_info(notimp_table[i], notimp_infos[i]);
+    for (int i = 0; i < CMD_COUNT; i++) {
+        const cmd_info &inf = cmd_infos[i];
+        for (int l = inf.min; l <= inf.len; l++)
+            if (l > 0)
+                hash_insert(std::string_view(inf.lname).substr(0, (size_t)l), &cmd_table[i]);
+    }
+    for (int i = 0; i < CMD_COUNT; i++)
+        if (cmd_table[i].flags & CMD_SET)
+            set_rows.push_back(&cmd_table[i]);
+    for (int i = 0; i < NOTIMP_COUNT; i++)
+        set_rows.push_back(&notimp_table[i]);
+}
+
+const cmd_entry *cmd_lookup(std::string_view folded_word)
+{
+    if (folded_word.empty())
+        return nullptr;
+    for (auto &it : buckets[cmd_hash_of(folded_word)])
+        if (it.key == folded_word)
+            return it.entry;
+    return nullptr;
+}
+
+int cmd_index(const cmd_entry *e)
+{
+    if (e >= cmd_table && e < cmd_table + CMD_COUNT)
+        return (int)(e - cmd_table);
+    return -1;
+}
+
+const cmd_info &cmd_info_of(const cmd_entry *e)
+{
+    if (e >= notimp_table && e < notimp_table + NOTIMP_COUNT)
+        return notimp_infos[e - notimp_table];
+    return cmd_infos[e - cmd_table];
+}
+
+std::vector<const cmd_entry *> &set_table() { return set_rows; }
+
+// The text's first word abbreviates the name: at least the minimum, and every
+// byte up to a blank or tab (or the name's end) equal, case folded.
+bool word_match(std::string_view text, const cmd_info &name)
+{
+    if ((int)text.size() < name.min || (name.min == 0 && text.empty()))
+        return false;
+    size_t i = 0;
+    for (; i < text.size() && text[i] != ' ' && text[i] != '\t'; i++) {
+        if (i >= name.lname.size())
+            return false;
+        unsigned char c = (unsigned char)text[i];
+        if (c < 128)
+            c = (unsigned char)std::tolower(c);
+        if (c != (unsigned char)name.lname[i])
+            return false;
+    }
+    return (int)i >= name.min;
+}
+
+bool abbrev(std::string_view word, std::string_view name, int min)
+{
+    if ((int)word.size() < min || word.size() > name.size())
+        return false;
+    for (size_t i = 0; i < word.size(); i++)
+        if (std::tolower((unsigned char)word[i]) != std::tolower((unsigned char)name[i]))
+            return false;
+    return true;
+}
+
+// A synonym's name at the start of the line, followed by the end, a blank, a
+// tab, a digit or '-'.
+bool synonym_match(std::string_view text, std::string_view name, int minlen)
+{
+    size_t n = 0;
+    while (n < text.size() && n < name.size() && text[n] == name[n])
+        n++;
+    if ((int)n < minlen)
+        return false;
+    if (n < text.size()) {
+        char c = text[n];
+        bool delim = c == ' ' || c == '\t' || c == '-' || (c >= '0' && c <= '9');
+        if (!delim)
+            return false;
+    }
+    return true;
+}

@@ -1,1 +1,0 @@
-#include "session/xed.h"

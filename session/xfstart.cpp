@@ -1,0 +1,439 @@
+// The process: splitting and regrouping the command line, the option table,
+// the program's name and directories, the profile, the queue of start-up
+// commands, the batch run with its @messages file, and the end.
+#include "session/xed.h"
+#include "commands/commands.h"
+#include "platform/platform.h"
+
+#include <cerrno>
+#include <climits>
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <deque>
+#include <sys/stat.h>
+#include <unistd.h>
+
+std::vector<std::string> cmd_queue;
+std::vector<std::string> macro_stack_cmds;
+std::string startdir;
+std::vector<std::string> cdpath;
+std::vector<std::string> xpath;
+std::string installdir;
+std::string xhome;
+std::vector<std::string> raw_argv;
+std::vector<std::string> regrouped_argv;
+bool opt_pdf = false;
+bool opt_kedit = false;
+
+void xftimeload_start();
+void xfcrash_install();
+
+void xfqueue(std::string_view text) { cmd_queue.emplace_back(text); }
+void xfqueue_clear() { cmd_queue.clear(); }
+
+namespace {
+
+struct options {
+    std::string profile;              // -p name, "" none
+    bool no_profile = false;          // -np
+    std::vector<std::string> cmds;    // -c, in order
+    std::string filec;                // -filec name
+    std::string id = "VORTA";         // -id
+    std::vector<std::string> files;   // every word from the first non-option
+};
+
+enum : unsigned {
+    OPT_PROFILE = 1, OPT_NOPROFILE, OPT_CMD, OPT_PDF, OPT_KEDIT, OPT_BATCH, OPT_FILEC, OPT_ID,
+    OPT_WINDOW, // read by the field manager
+    OPT_IGNORED,
+};
+
+struct option_row {
+    const char *word; // compared exactly, case included
+    int words;        // words consumed behind it
+    unsigned what;    // its effect
+};
+
+constexpr option_row option_table[] = {
+    {"-Ww", 1, OPT_WINDOW},      {"-width", 1, OPT_WINDOW},     {"-Wh", 1, OPT_WINDOW},
+    {"-height", 1, OPT_WINDOW},  {"-Wp", 2, OPT_WINDOW},        {"-position", 2, OPT_WINDOW},
+    {"-WP", 2, OPT_WINDOW},      {"-icon_position", 2, OPT_WINDOW}, {"-Wf", 3, OPT_IGNORED},
+    {"-font", 1, OPT_WINDOW},    {"-dy_font", 1, OPT_WINDOW},   {"-iconic", 0, OPT_WINDOW},
+    {"-noauto", 0, OPT_WINDOW},  {"-display", 1, OPT_IGNORED},  {"-geometry", 1, OPT_IGNORED},
+    {"-xrm", 1, OPT_IGNORED},    {"-scope", 1, OPT_IGNORED},    {"-synchronous", 0, OPT_IGNORED},
+    {"-p", 1, OPT_PROFILE},      {"-P", 1, OPT_PROFILE},        {"-np", 0, OPT_NOPROFILE},
+    {"-c", 1, OPT_CMD},          {"-pdf", 0, OPT_PDF},          {"-kedit", 0, OPT_KEDIT},
+    {"-batch", 0, OPT_BATCH},    {"-filec", 1, OPT_FILEC},      {"-id", 1, OPT_ID},
+    {"-term", 0, OPT_WINDOW},
+};
+
+[[noreturn]] void die(const char *msg)
+{
+    std::fprintf(stderr, "%s\n", msg);
+    std::exit(1);
+}
+
+// A word beginning with a double quote runs to the word that ends with one,
+// joined by single blanks, quotes removed; anything else stands as it is.
+std::vector<std::string> regroup(const std::vector<std::string> &in)
+{
+    std::vector<std::string> out;
+    for (size_t i = 0; i < in.size(); i++) {
+        const std::string &w = in[i];
+        if (w.size() >= 2 && w.front() == '"' && w.back() == '"') {
+            out.push_back(w.substr(1, w.size() - 2));
+            continue;
+        }
+        if (w.empty() || w.front() != '"') {
+            out.push_back(w);
+            continue;
+        }
+        size_t j = i + 1;
+        while (j < in.size() && (in[j].empty() || in[j].back() != '"'))
+            j++;
+        if (j >= in.size()) { // never closed: accepted as it stands
+            out.push_back(w);
+            continue;
+        }
+        std::string joined = w.substr(1);
+        for (size_t k = i + 1; k <= j; k++)
+            joined += " " + in[k];
+        joined.pop_back();
+        out.push_back(joined);
+        i = j;
+    }
+    return out;
+}
+
+options parse_options(const std::vector<std::string> &argv)
+{
+    options o;
+    size_t i = 1;
+    for (; i < argv.size(); i++) {
+        const std::string &w = argv[i];
+        if (w.empty() || w[0] != '-')
+            break;
+        const option_row *row = nullptr;
+        for (auto &r : option_table)
+            if (w == r.word)
+                row = &r;
+        if (!row || i + (size_t)row->words >= argv.size())
+            die("VORTA: invalid option");
+        const std::string arg = row->words ? argv[i + 1] : std::string();
+        switch (row->what) {
+        case OPT_PROFILE: o.profile = arg; break;
+        case OPT_NOPROFILE: o.no_profile = true; break;
+        case OPT_CMD: o.cmds.push_back(arg); break;
+        case OPT_PDF: opt_pdf = true; break;
+        case OPT_KEDIT: opt_kedit = true; break;
+        case OPT_BATCH: batch = true; break;
+        case OPT_FILEC: batch = true; o.filec = arg; break;
+        case OPT_ID: o.id = arg; break;
+        default: break;
+        }
+        i += (size_t)row->words;
+    }
+    for (; i < argv.size(); i++)
+        o.files.push_back(argv[i]);
+    return o;
+}
+
+std::string home_dir()
+{
+    const char *h = std::getenv("HOME");
+    std::string s = h && *h ? h : "/";
+    if (s.back() != '/')
+        s += '/';
+    return s;
+}
+
+bool is_dir(const std::string &p)
+{
+    struct stat st;
+    return stat(p.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+std::vector<std::string> split_colon(const char *v)
+{
+    std::vector<std::string> out;
+    std::string cur;
+    for (const char *p = v; ; p++) {
+        if (*p == ':' || *p == 0) {
+            out.push_back(cur);
+            cur.clear();
+            if (!*p)
+                break;
+        } else {
+            cur += *p;
+        }
+    }
+    return out;
+}
+
+void build_paths(const std::string &argv0)
+{
+    char buf[PATH_MAX];
+    startdir = getcwd(buf, sizeof buf) ? buf : "/";
+    if (startdir.size() > 1 && startdir[1] == ':')
+        startdir[0] = (char)std::toupper((unsigned char)startdir[0]);
+
+    cdpath.clear();
+    if (const char *v = std::getenv("XCDPATH"))
+        for (auto &e : split_colon(v))
+            if (!e.empty() && e[0] == '/')
+                cdpath.push_back(e == "/" || e.back() == '/' ? e : e + "/");
+    if (cdpath.empty())
+        cdpath.push_back(home_dir());
+
+    xpath.clear();
+    const char *pv = std::getenv("XPATH");
+    if (!pv)
+        pv = std::getenv("PATH");
+    if (pv) {
+        for (auto &e : split_colon(pv)) {
+            if (e.empty() || e[0] != '/')
+                continue;
+            if (!is_dir(e)) {
+                xpath.push_back(e);
+                continue;
+            }
+            char *r = realpath(e.c_str(), nullptr);
+            xpath.push_back(r ? r : e);
+            std::free(r);
+        }
+    } else {
+        xpath.push_back(startdir);
+    }
+
+    installdir = pl_exedir();
+    if (installdir.empty()) {
+        for (auto &d : xpath) {
+            std::string p = d + "/" + argv0;
+            if (access(p.c_str(), X_OK) == 0) {
+                installdir = d + "/";
+                break;
+            }
+        }
+    }
+    if (installdir.empty())
+        installdir = "/usr/local/share/vorta/";
+    xhome = installdir;
+}
+
+void xfini()
+{
+    static bool once = false;
+    if (once) {
+        xfsession_reset();
+        return;
+    }
+    once = true;
+    cmd_init();
+    xfsession_reset();
+    if (batch)
+        impcmscp = 0;
+    macro_path.clear();
+    macro_path.push_back(startdir);
+    for (auto &d : xpath)
+        macro_path.push_back(d);
+    xfhash_path();
+    xfcmdline("synonym quit 4 command aquit");
+}
+
+std::string with_vorta_ext(const std::string &name)
+{
+    size_t slash = name.rfind('/');
+    size_t dot = name.rfind('.');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
+        return name + ".vorta";
+    return name;
+}
+
+// The profile: its name as asked (or the default), looked for as it stands,
+// in the home directory, the user's data folder, and the program's folder.
+void xfprofile(const std::string &asked, const std::vector<std::string> &argv)
+{
+    std::string name = asked.empty() ? "profile.vorta" : with_vorta_ext(asked);
+    std::vector<std::string> tries;
+    tries.push_back(name);
+    if (name[0] != '/') {
+        tries.push_back(home_dir() + name);
+        const char *xd = std::getenv("XDG_DATA_HOME");
+        std::string data = xd && *xd ? std::string(xd) : home_dir() + ".local/share";
+        tries.push_back(data + "/vorta/" + name);
+        tries.push_back(installdir + name);
+    }
+    for (auto &t : tries) {
+        struct stat st;
+        if (stat(t.c_str(), &st) != 0 || S_ISDIR(st.st_mode))
+            continue;
+        xfcmdline("hash " + t);
+        size_t s = t.rfind('/');
+        std::string base = s == std::string::npos ? t : t.substr(s + 1);
+        base = base.substr(0, base.rfind('.'));
+        std::string cmd = "macro " + base;
+        for (size_t i = 1; i < argv.size(); i++)
+            cmd += " " + argv[i];
+        profile_pending = 1;
+        xfcom2(cmd);
+        if (cmd_rc != 0) {
+            xfmsgs("Warning: unable to complete profile \"" + t + "\"", 1);
+            if (xv)
+                xv->cmdline.clear();
+        }
+        return;
+    }
+    if (!asked.empty()) {
+        std::fprintf(stderr, "File %s not found.\n", name.c_str());
+        std::exit(1);
+    }
+}
+
+// The next command of a run with no screen: the queue, then the stack.
+bool next_command(std::string &out)
+{
+    if (!cmd_queue.empty()) {
+        out = cmd_queue.front();
+        cmd_queue.erase(cmd_queue.begin());
+        return true;
+    }
+    if (!macro_stack_cmds.empty()) {
+        out = macro_stack_cmds.front();
+        macro_stack_cmds.erase(macro_stack_cmds.begin());
+        return true;
+    }
+    return false;
+}
+
+bool ends_with(const std::string &s, const char *tail)
+{
+    size_t n = std::strlen(tail);
+    return s.size() >= n && s.compare(s.size() - n, n, tail) == 0;
+}
+
+// The messages of a batch run, and every ".@messages" file appended to.
+void save_batch_messages()
+{
+    if (xv && !xv->msgs.empty()) {
+        std::string dir = startdir + "/vorta";
+        mkdir(dir.c_str(), 0777);
+        std::string path = dir + "/@messages";
+        FILE *f = std::fopen(path.c_str(), "w");
+        if (!f) {
+            std::fprintf(stderr, "VORTA: Unable to save \"%s\" (%s).\n", path.c_str(), std::strerror(errno));
+            return;
+        }
+        for (auto &m : xv->msgs)
+            std::fprintf(f, "%s\n", m.c_str());
+        std::fclose(f);
+    }
+    for (xfile *fl : files) {
+        size_t s = fl->fname.rfind('/');
+        std::string base = s == std::string::npos ? fl->fname : fl->fname.substr(s + 1);
+        if (!ends_with(base, ".@messages"))
+            continue;
+        FILE *f = std::fopen(fl->fname.c_str(), "a");
+        const char *eol = fl->eol_kind == 0 ? "\r\n" : "\n";
+        if (!f) {
+            std::fprintf(stderr, "VORTA: Unable to save \"%s\" (%s).\n", fl->fname.c_str(), std::strerror(errno));
+            return;
+        }
+        time_t t = time(nullptr);
+        struct tm tmv;
+        localtime_r(&t, &tmv);
+        std::fprintf(f, "****** VORTA batch run %2.2d/%2.2d/%4.4d %2.2d:%2.2d:%2.2d%s", tmv.tm_mday,
+                     tmv.tm_mon + 1, tmv.tm_year + 1900, tmv.tm_hour, tmv.tm_min, tmv.tm_sec, eol);
+        for (int32_t i = 0; i < fl->nbli(); i++) {
+            std::fwrite(fl->lines[i].text, 1, (size_t)fl->lines[i].len, f);
+            std::fputs(eol, f);
+        }
+        if (std::fclose(f) != 0) {
+            std::fprintf(stderr, "VORTA: Unable to save \"%s\" (%s).\n", fl->fname.c_str(), std::strerror(errno));
+            return;
+        }
+    }
+}
+
+} // namespace
+
+void xfexit(int code)
+{
+    (void)code; // the status through this route is always 0
+    std::fflush(stdout);
+    std::exit(0);
+}
+
+int xfmain(int argc, char **argv)
+{
+    raw_argv.assign(argv, argv + argc);
+    xfcrash_install();
+    xfmem_install();
+    std::setlocale(LC_NUMERIC, "C");
+    xftimeload_start();
+    const char *tl = std::getenv("TIMELOAD");
+    timeload = tl && std::strcmp(tl, "ON") == 0;
+
+    size_t quotes = 0;
+    for (auto &w : raw_argv)
+        for (char ch : w)
+            quotes += ch == '"';
+    if (quotes % 2)
+        die("Invalid \" count on invocation.");
+    std::vector<std::string> words = regroup(raw_argv);
+    std::string prog = words.empty() ? "xed" : words[0];
+    if (size_t s = prog.rfind('/'); s != std::string::npos)
+        prog = prog.substr(s + 1);
+    if (prog == "xeda")
+        die("xeda: not supported");
+    bool fli = prog == "fli";
+
+    build_paths(words.empty() ? "xed" : words[0]);
+    options o = parse_options(words);
+    regrouped_argv = words;
+
+    // There is no screen layer yet: every run works as one with no window.
+    xfini();
+    impcmscp = 0;
+
+    bool run_profile = !o.no_profile && (!batch || !o.profile.empty());
+    if (run_profile)
+        xfprofile(o.profile, raw_argv);
+
+    for (auto &f : o.files)
+        macro_stack_cmds.push_back("xed \"" + f + "\"");
+    for (auto &c : o.cmds)
+        macro_stack_cmds.push_back(c);
+    if (!o.filec.empty()) {
+        std::string name = o.filec;
+        for (auto &ch : name)
+            if (ch == '\\')
+                ch = '/';
+        std::string full = with_vorta_ext(name);
+        macro_stack_cmds.push_back("hash " + full);
+        size_t s = full.rfind('/');
+        std::string base = s == std::string::npos ? full : full.substr(s + 1);
+        macro_stack_cmds.push_back(base.substr(0, base.rfind('.')));
+    }
+    if (fli && !batch) {
+        std::string all;
+        for (auto &f : o.files)
+            all += (all.empty() ? "" : " ") + f;
+        macro_stack_cmds.push_back("f " + all);
+    }
+
+    std::string cmd;
+    cmd_source = 2;
+    while (next_command(cmd))
+        xfcmdline(cmd);
+
+    if (batch)
+        save_batch_messages();
+    else if (xv)
+        for (auto &m : xv->msgs)
+            std::fprintf(stderr, "vorta: %s\n", m.c_str());
+    xfexit(0);
+}

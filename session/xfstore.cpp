@@ -1,0 +1,383 @@
+// The line store: the gapped line array, xf_do (the one way a line changes),
+// the journal entries it writes, and the references that follow inserts and
+// deletes (named points, pending entries, cursor records, current lines).
+#include "session/xed.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+// ---------------------------------------------------------------------------
+// xflines
+
+xflines::~xflines() { std::free(buf_); }
+
+void xflines::movegap(int32_t at)
+{
+    if (at < gap0_)
+        std::memmove(buf_ + at + gaplen_, buf_ + at, (size_t)(gap0_ - at) * sizeof(xfline));
+    else if (at > gap0_)
+        std::memmove(buf_ + gap0_, buf_ + gap0_ + gaplen_, (size_t)(at - gap0_) * sizeof(xfline));
+    gap0_ = at;
+}
+
+void xflines::reserve(int32_t cap)
+{
+    if (cap <= cap_)
+        return;
+    auto *nb = (xfline *)xfmalloc((size_t)cap * sizeof(xfline));
+    int32_t tail = cap_ - gap0_ - gaplen_;
+    if (gap0_)
+        std::memcpy(nb, buf_, (size_t)gap0_ * sizeof(xfline));
+    if (tail)
+        std::memcpy(nb + cap - tail, buf_ + gap0_ + gaplen_, (size_t)tail * sizeof(xfline));
+    std::free(buf_);
+    buf_ = nb;
+    gaplen_ += cap - cap_;
+    cap_ = cap;
+}
+
+void xflines::open(int32_t at, int32_t n)
+{
+    if (n <= 0)
+        return;
+    if (gaplen_ < n) {
+        int64_t want = (int64_t)cap_ + std::max<int64_t>(n - gaplen_, cap_ / 2 + 16);
+        reserve((int32_t)std::min<int64_t>(want, 2147483647));
+    }
+    movegap(at);
+    std::memset(buf_ + gap0_, 0, (size_t)n * sizeof(xfline));
+    gap0_ += n;
+    gaplen_ -= n;
+}
+
+void xflines::close(int32_t at, int32_t n)
+{
+    if (n <= 0)
+        return;
+    movegap(at);
+    gaplen_ += n;
+}
+
+// ---------------------------------------------------------------------------
+// Journal entries.  The entry keeps the old text pointers: nothing is copied.
+
+namespace {
+
+xfjentry &journal_entry(char cd, int32_t li, int32_t count, int mode)
+{
+    xfjournal &j = xf->journal;
+    if (xf->group_open && mode == 1 && !j.redo.empty())
+        xfclearredo(xf);
+    j.undo.emplace_back();
+    xfjentry &e = j.undo.back();
+    e.groupstart = xf->group_open != 0;
+    e.line = li;
+    e.code = cd;
+    e.nlines = count;
+    e.oldmark = 0;
+    if (mode == 1) {
+        e.cursor = xf->ptcur_i;
+        xf->group_open = 0;
+    } else {
+        e.cursor.ec = -1;
+    }
+    return e;
+}
+
+void free_lines(std::vector<xfline> &v)
+{
+    for (auto &l : v)
+        std::free(l.text);
+    v.clear();
+}
+
+// Upper-case and cut a text as the file's settings ask; returns the new length.
+int32_t treat(char *&text, int32_t len)
+{
+    if (xf->case_mode >= 2)
+        for (int32_t i = 0; i < len; i++)
+            text[i] = (char)std::toupper((unsigned char)text[i]);
+    int32_t lim = 0;
+    if (xf->lrecl && xf->trunc)
+        lim = std::min(xf->lrecl, xf->trunc);
+    else
+        lim = xf->lrecl ? xf->lrecl : xf->trunc;
+    if (lim > 0 && len > lim) {
+        len = lim;
+        if (!xf->keepblanks)
+            while (len > 0 && text[len - 1] == ' ')
+                len--;
+        text[len] = 0;
+    }
+    return len;
+}
+
+void adjust_points_delete(int32_t li, int32_t n)
+{
+    auto &p = xf->points;
+    p.erase(std::remove_if(p.begin(), p.end(),
+                           [&](const xfpoint &x) { return x.li >= li && x.li < li + n; }),
+            p.end());
+    for (auto &x : p)
+        if (x.li >= li + n)
+            x.li -= n;
+}
+
+void adjust_points_insert(int32_t after, int32_t n)
+{
+    for (auto &x : xf->points)
+        if (x.li > after)
+            x.li += n;
+}
+
+} // namespace
+
+void xfclearredo(xfile *f)
+{
+    for (auto &e : f->journal.redo)
+        free_lines(e.old);
+    f->journal.redo.clear();
+}
+
+void xfclearundo(xfile *f)
+{
+    for (auto &e : f->journal.undo)
+        free_lines(e.old);
+    f->journal.undo.clear();
+}
+
+void xfcheckroom(int32_t extra)
+{
+    int64_t want = (int64_t)xf->nbli() + extra;
+    if (want > 2147483647) {
+        if (xf->nbli() >= 2147483646)
+            xfnomem(0, 1);
+        want = 2147483647;
+    }
+    if (want > xf->lines.capacity()) {
+        int64_t grow = std::max<int64_t>(want, (int64_t)xf->lines.capacity() * 3 / 2);
+        xf->lines.reserve((int32_t)std::min<int64_t>(grow, 2147483647));
+    }
+}
+
+void xfclampcur()
+{
+    int32_t hi = xf->nbli() - 1;
+    for (xview *v : views) {
+        if (xfidx < 0 || xfidx >= (int)v->perfile.size())
+            continue;
+        int32_t &c = v->perfile[xfidx].curline;
+        c = std::max(topline, std::min(c, hi));
+    }
+}
+
+void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
+           xfline *lines, const char *tag)
+{
+    xftrace(tag);
+    if (!std::strchr("DdriIs", cd) || cd == 0) {
+        std::fprintf(stderr, "vorta: xf_do: internal error, wrong argument: cd = %c\n", cd);
+        return;
+    }
+    if (mode == 1 && (cd == 'D' || cd == 'I') && count == 0)
+        return;
+    if (mode == 1 && xf->chgcount < 0)
+        xf->chgcount = 0;
+    xfjentry *e = nullptr;
+    if (mode == 1 || mode == 2) {
+        e = &journal_entry(cd, li, cd == 'd' || cd == 'r' || cd == 'i' ? 1 : count, mode);
+        xf->chgcount++;
+        xf->chgsince++;
+    }
+    if (cd != 's' && xf->synstale != 0)
+        xf->synstale = -1;
+
+    xflines &L = xf->lines;
+    switch (cd) {
+    case 'D':
+    case 'd': {
+        int32_t n = cd == 'd' ? 1 : count;
+        n = std::min(n, L.size() - li);
+        if (n <= 0 || li < 0)
+            break;
+        for (int32_t k = 0; k < n; k++) {
+            if (e)
+                e->old.push_back(L[li + k]);
+        }
+        L.close(li, n);
+        adjust_points_delete(li, n);
+        break;
+    }
+    case 'r': {
+        xfline &l = L[li];
+        if (e)
+            e->old.push_back(l);
+        // The new text becomes the line's own; `lines` carries a length when
+        // the text may hold NUL bytes.
+        l.text = lines ? lines[0].text : const_cast<char *>(text);
+        l.len = lines ? lines[0].len : (int32_t)std::strlen(text);
+        if (mode == 1)
+            l.len = treat(l.text, l.len);
+        break;
+    }
+    case 'i':
+    case 'I': {
+        int32_t n = cd == 'i' ? 1 : count;
+        xfcheckroom(cd == 'i' ? 1000 : count + 1000);
+        L.open(li + 1, n);
+        for (int32_t k = 0; k < n; k++) {
+            xfline &l = L[li + 1 + k];
+            if (cd == 'i' && !lines) {
+                l.text = const_cast<char *>(text);
+                l.len = (int32_t)std::strlen(text);
+                l.selevel = xv ? xv->select_new : 0;
+            } else {
+                l = lines[k];
+                if (mode == 1)
+                    l.selevel = xv ? xv->select_new : 0;
+            }
+            if (mode == 1)
+                l.len = treat(l.text, l.len);
+        }
+        adjust_points_insert(li, n);
+        break;
+    }
+    case 's':
+        if (e)
+            e->oldmark = L[li].stopmark;
+        L[li].stopmark = count;
+        break;
+    }
+    xfclampcur();
+}
+
+// A copy of `text` (which may hold NUL bytes) replaces or follows line `li`.
+void xf_do(char cd, std::string_view text, int32_t li, const char *tag)
+{
+    xfline l{xfstrdup(text), (int32_t)text.size(), 0, xv ? xv->select_new : 0};
+    xf_do(cd, nullptr, li, 1, 1, &l, tag);
+}
+
+// ---------------------------------------------------------------------------
+// References that follow the lines.
+
+namespace {
+template <class F> void each_cursor(F f)
+{
+    f(xf->ptcur_i);
+    for (auto &c : xf->curstack)
+        f(c);
+    f(ptcu);
+}
+} // namespace
+
+void xfshift_down(int32_t after, int32_t n)
+{
+    for (auto *t : {&xf->pend1, &xf->pend2})
+        for (auto &p : *t)
+            if (p.li > after)
+                p.li += n;
+    for (auto &p : xf->pfxtexts)
+        if (p.second >= after)
+            p.second += n;
+    each_cursor([&](xfcursor &c) {
+        if (c.ec == xvidx && c.fld == 0 && c.li > after)
+            c.li += n;
+    });
+}
+
+void xfshift_up(int32_t from, int32_t n, int32_t at)
+{
+    (void)at;
+    int32_t end = from + n;
+    for (auto *t : {&xf->pend1, &xf->pend2}) {
+        t->erase(std::remove_if(t->begin(), t->end(),
+                                [&](const xfpend &p) { return p.li >= from && p.li < end; }),
+                 t->end());
+        for (auto &p : *t)
+            if (p.li >= end)
+                p.li -= n;
+    }
+    auto &pt = xf->pfxtexts;
+    pt.erase(std::remove_if(pt.begin(), pt.end(),
+                            [&](const auto &p) { return p.second >= from && p.second < end; }),
+             pt.end());
+    for (auto &p : pt)
+        if (p.second >= end)
+            p.second -= n;
+    each_cursor([&](xfcursor &c) {
+        if (c.ec != xvidx || c.fld != 0)
+            return;
+        if (c.li >= end)
+            c.li -= n;
+        else if (c.li >= from)
+            c.li = from - 1;
+    });
+    for (xview *v : views) {
+        if (xfidx >= (int)v->perfile.size())
+            continue;
+        int32_t &c = v->perfile[xfidx].curline;
+        if (c >= end)
+            c -= n;
+        else if (c >= from)
+            c = from - 1;
+    }
+    xfclampcur();
+}
+
+bool xfinscope(int32_t li)
+{
+    if (li < 0 || li >= nbli())
+        return xv->scope != 2;
+    if (xv->scope == 1)
+        return true;
+    int32_t s = xf->lines[li].selevel;
+    bool in = s >= xv->display_lo && s <= xv->display_hi;
+    return xv->scope == 2 ? !in : in;
+}
+
+void xfadd(int32_t after, int32_t count, int flag)
+{
+    if (count <= 0)
+        return;
+    // New lines stand just before the next line in scope.
+    while (after + 1 < nbli() && !xfinscope(after + 1))
+        after++;
+    std::vector<xfline> nl((size_t)count);
+    for (auto &l : nl) {
+        l.text = xfstrdup("");
+        l.len = 0;
+        l.selevel = xv->select_new;
+    }
+    xf_do('I', nullptr, after, count, 1, nl.data(), "xfadd:45");
+    xfshift_down(after, count);
+    if (flag) {
+        xfcursor c = xf->ptcur_i;
+        c.ec = xvidx;
+        c.fld = 0;
+        c.li = after + 1;
+        c.col = 0;
+        c.prio = 60;
+        xf->curstack.push_back(c);
+    }
+}
+
+int xfpoint_find(std::string_view name)
+{
+    for (size_t i = 0; i < xf->points.size(); i++)
+        if (xf->points[i].name == name)
+            return (int)i;
+    return -1;
+}
+
+void xfpoint_set(std::string_view name, int32_t li)
+{
+    int k = xfpoint_find(name);
+    if (k >= 0)
+        xf->points[(size_t)k].li = li;
+    else
+        xf->points.push_back({std::string(name), li});
+}
