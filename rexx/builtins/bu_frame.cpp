@@ -130,7 +130,7 @@ constexpr bu_row bu_table[] = {
     {"pi", nullptr, 0},
     {"popen", nullptr, 0},
     {"pos", bu_pos, 0},
-    {"rpos", bu_rpos, 0},
+    {"rpos", nullptr, 0},
     {"putenv", nullptr, 0},
     {"qpid", nullptr, 0},
     {"queued", nullptr, 0},

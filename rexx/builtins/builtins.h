@@ -98,7 +98,6 @@ int bu_length(bu_frame& f, value& r);
 int bu_lower(bu_frame& f, value& r);
 int bu_overlay(bu_frame& f, value& r);
 int bu_pos(bu_frame& f, value& r);
-int bu_rpos(bu_frame& f, value& r);
 int bu_reverse(bu_frame& f, value& r);
 int bu_right(bu_frame& f, value& r);
 int bu_strip(bu_frame& f, value& r);
