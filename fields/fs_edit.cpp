@@ -288,7 +288,7 @@ int fs_type(int ch, const fs_event &ev, int *value) {
   if (flags & FSF_KEYSTROKE) {
     at b = here();
     if (b.pos == pos)
-      for (int k = b.k + 1; k < b.n; k++) txt(pos, k) = ' ';
+      for (int k = b.k; k < b.n; k++) txt(pos, k) = ' ';
     repaintfrom(pos, 0);
     *value = id;
     return 39;

@@ -130,16 +130,25 @@ void skipright() {
     }
 }
 
+// Moves the end of the span; the anchor is the first non-blank cell met
+// between the press and here.
 void selend(int line, int col) {
-  int pos = pg().owner[cellix(line, col)];
+  fs_pagerec &p = pg();
+  int pos = p.owner[cellix(line, col)];
   if (pos != fs.selfld) return;
-  fs.sel[3] = pg().fld[pos - 1].id;
+  fs.sel[3] = p.fld[pos - 1].id;
   fs.sel[4] = line;
   fs.sel[5] = col;
-  if (!fs.sel[0] && pg().text[cellix(line, col)] != ' ') {
-    fs.sel[0] = fs.sel[3];
-    fs.sel[1] = line;
-    fs.sel[2] = col;
+  int from = cellix(p.mouse_line, p.mouse_col), to = cellix(line, col);
+  int step = to >= from ? 1 : -1;
+  for (int ix = from; !fs.sel[0]; ix += step) {
+    uint16_t c = p.text[ix];
+    if (p.owner[ix] == pos && c != ' ' && c != FS_NULL) {
+      fs.sel[0] = fs.sel[3];
+      fs.sel[1] = ix / fs.nb_cols + 1;
+      fs.sel[2] = ix % fs.nb_cols + 1;
+    }
+    if (ix == to) break;
   }
 }
 
@@ -196,7 +205,7 @@ int press(const fs_event &e, int b) {
   return 20;
 }
 
-int release(const fs_event &e, int b) {
+int release(const fs_event &e, int b, int *value) {
   fs_pagerec &p = pg();
   int line, col;
   mousecell(e, &line, &col);
@@ -218,6 +227,7 @@ int release(const fs_event &e, int b) {
       if (!p.modified[pos - 1]) fs.readmod++;
       p.modified[pos - 1] = 1;
     }
+    *value = f.id;
     return f.flags & FSF_BUTTON ? 38 : -1;
   }
   if (fs.selecting && b == 1) {
@@ -317,8 +327,12 @@ int dispatch(const fs_event &e, int ch, int *value) {
     if (b == FIRST && ex) return fs_firstfield(false), -1;
     if (b == LAST && ex) return fs_firstfield(true), -1;
     if (b == BACKTAB && ex) return held(e, [] { fs_tab(true); return -1; });
-    if (b == INSERT && ex) return fs.insert = !fs.insert, -1;
-    if (b == APL && ex) return fs.apl = !fs.apl, -1;
+    if ((b == INSERT || b == APL) && ex) {
+      int &mode = b == INSERT ? fs.insert : fs.apl;
+      mode = !mode;
+      fs_drawstatus();
+      return -1;
+    }
     if ((b == NEXTLINE || b == PREVLINE) && !altd(e)) {
       bool prev = (b == PREVLINE) != shiftd(e);
       if (b == PREVLINE && ctrld(e)) return fs_type('\f', fs_event{}, value);
@@ -327,7 +341,7 @@ int dispatch(const fs_event &e, int ch, int *value) {
     if (b == ERASE) {
       if ((ctrld(e) && shiftd(e)) || altd(e)) return -1;  // print screen belongs to the window layer
       if (!ctrld(e)) return fs_erase(shiftd(e));
-      if (code >= 256 || !isalpha(code)) return fs_erase(true);
+      if (code >= 256) return fs_erase(true);  // Ctrl with a character is the caller's
     }
   }
   if (code == '\r') return rel ? -1 : 0;
@@ -367,7 +381,7 @@ int dispatch(const fs_event &e, int ch, int *value) {
       return drag(e);
     }
     *value = bt;
-    return rel ? release(e, bt) : press(e, bt);
+    return rel ? release(e, bt, value) : press(e, bt);
   }
   if (code >= FSK_PRINT && code < FSK_PRINT + as_nbkeys[BANK_R]) {
     *value = keynumber(e, BANK_R, code - FSK_PRINT + 1);

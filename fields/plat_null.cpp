@@ -156,13 +156,22 @@ void fs_nullplat::script(const std::string &text) {
   while (std::getline(in, l)) todo.push_back(l);
 }
 
-int fs_nullplat::wait(int) {
+// A wait line lets time pass: each call takes its slice of it as a time-out.
+int fs_nullplat::wait(int ms) {
   if (fs_evpending()) return FS_WAIT_EVENT;
-  while (!todo.empty()) {
+  for (;;) {
+    if (waitleft > 0) {
+      waitleft = ms < 0 ? 0 : waitleft - (ms > 0 ? ms : 1);
+      return FS_WAIT_TIMEOUT;
+    }
+    if (todo.empty()) return FS_WAIT_GONE;
     int r = step();
-    if (r != FS_WAIT_EVENT || fs_evpending()) return r;
+    if (marked || fs_evpending()) {
+      marked = false;
+      return FS_WAIT_EVENT;
+    }
+    if (r == FS_WAIT_GONE) return r;
   }
-  return FS_WAIT_GONE;
 }
 
 int fs_nullplat::step() {
@@ -272,6 +281,7 @@ int fs_nullplat::exec(const std::string &line, std::string &err) {
     }
     size(l, c);
     fs_mark(FS_MARK_RESIZE);
+    marked = true;
     return FS_WAIT_EVENT;
   }
   if (verb == "focus") {
@@ -285,6 +295,7 @@ int fs_nullplat::exec(const std::string &line, std::string &err) {
   }
   if (verb == "close" && w.size() == 1) {
     fs_closebox();
+    marked = true;
     return FS_WAIT_EVENT;
   }
   if (verb == "wait") {
@@ -294,7 +305,8 @@ int fs_nullplat::exec(const std::string &line, std::string &err) {
       return -1;
     }
     clock += uint32_t(ms / 1000);
-    return FS_WAIT_TIMEOUT;
+    waitleft += ms;
+    return FS_WAIT_EVENT;
   }
   if ((verb == "dump" || verb == "dumpattr") && w.size() == 1) {
     fs_dump(out, verb == "dumpattr");

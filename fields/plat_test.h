@@ -39,6 +39,8 @@ class fs_nullplat : public fs_plat {
   int lineno = 0;                 // script lines run
   uint32_t clock = 1;             // seconds of the next event
   bool quiet = false;             // alerts are not written to standard error
+  bool marked = false;            // the last line set a mark of the model
+  long waitleft = 0;              // milliseconds of a wait line not yet passed
   int exec(const std::string &line, std::string &err);
 };
 
