@@ -20,16 +20,23 @@ int hexval(char c) {
 }
 
 // The digits of a hex or binary text with its blanks removed, or false when
-// a character is not a digit of that base or the text starts or ends with a
-// blank.
+// a character is not a digit of that base. Blanks may only separate groups:
+// every group after the first holds a whole byte (hex) or nibble (binary).
 bool digits_of(std::string_view s, int base, std::string& out) {
   out.clear();
-  if (!s.empty() && (s.front() == ' ' || s.back() == ' ')) return false;
-  for (char c : s) {
-    if (c == ' ') continue;
-    int v = hexval(c);
+  size_t group = base == 16 ? 2 : 4, run = 0;
+  bool first = true;
+  for (size_t i = 0; i <= s.size(); i++) {
+    if (i == s.size() || s[i] == ' ') {
+      if (run == 0 || (!first && run != group)) return s.empty();
+      first = false;
+      run = 0;
+      continue;
+    }
+    int v = hexval(s[i]);
     if (v < 0 || v >= base) return false;
-    out += c;
+    out += s[i];
+    run++;
   }
   return true;
 }
@@ -240,7 +247,7 @@ int bu_datatype(bu_frame& f, value& r) {
   bool ok = false;
   switch (t) {
     case 'A': ok = !s.empty() && all_of(s, isalnum); break;
-    case 'B': ok = digits_of(s, 2, tmp) && (s.find(' ') == std::string_view::npos || tmp.size() % 4 == 0); break;
+    case 'B': ok = digits_of(s, 2, tmp); break;
     case 'L': ok = !s.empty() && all_of(s, islower); break;
     case 'M': ok = !s.empty() && all_of(s, isalpha); break;
     case 'N': ok = f.args[0]->is_num() || rx_text_num(s.data(), s.size(), d, dec); break;

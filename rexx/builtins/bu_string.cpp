@@ -347,7 +347,7 @@ int bu_substr(bu_frame& f, value& r) {
 int bu_translate(bu_frame& f, value& r) {
   if (int e = bu_count(f, 1, 4)) return e;
   std::string out(bu_text(f, 0));
-  if (f.argc == 1) {
+  if (!bu_has(f, 1) && !bu_has(f, 2)) {  // no tables: upper case
     for (char& c : out) c = up(c);
     r.set_str(out);
     return 0;
