@@ -1,2 +1,0 @@
-// Interpreter placeholder until the lexer lands.
-#include "rexx/rexx.h"
