@@ -98,9 +98,9 @@ void dispatch_end(std::string_view line)
     }
 }
 
-bool run_synonyms(std::string_view line, int ctx1, int ctx2)
+bool run_synonyms(std::string_view line, int ctx1, int ctx2, int mm, int mb)
 {
-    if (!(may_macro && may_builtin && synonym_armed && synonym_on))
+    if (!(mm && mb && synonym_armed && synonym_on))
         return false;
     for (auto &s : synonyms) {
         if (!synonym_match(line, s.name, s.minlen))
@@ -280,21 +280,24 @@ int xfcom2(std::string_view text, int ctx1, int ctx2)
     c.ctx2 = ctx2;
     c.typed = (int)w;
 
+    // This dispatch's switches; a nested dispatch starts with both set.
+    int mm = may_macro, mb = may_builtin;
+    may_macro = may_builtin = 1;
     cmd_rc = 0;
-    bool done = run_synonyms(line, ctx1, ctx2);
+    bool done = run_synonyms(line, ctx1, ctx2, mm, mb);
     if (!done && (macro_first || profile_pending)) {
         profile_pending = 0;
-        if (may_macro)
-            done = xfmacro_search(may_builtin ? std::string_view(norm) : std::string_view(line));
+        if (mm)
+            done = xfmacro_search(mb ? std::string_view(norm) : std::string_view(line));
         else
-            may_macro = 1;
+            mm = 1;
     }
-    if (!done && may_builtin)
+    if (!done && mb)
         done = builtin_forms(c, orig, std::string_view(lnorm).substr(0, w));
-    if (!done && !macro_first && may_macro)
+    if (!done && !macro_first && mm)
         done = xfmacro_search(norm);
     if (!done) {
-        if (impcmscp == 0 || !may_builtin) {
+        if (impcmscp == 0 || !mb) {
             std::string m = "..... Invalid command \"" + line + "\"";
             xfmsgs(m, 1);
             cmd_rc = -1;
