@@ -143,6 +143,7 @@ void fs_markdirty(int pos);          // pos is 1-based
 void fs_paintline(int line);         // compare and draw one line now
 void fs_compare();                   // the comparison of every line
 void fs_drawstatus();                // the status line, drawn when it changed
+void fs_showcursor();                // cursor bar and status line, where they changed
 void fs_removefield(int pos);        // 1-based
 void fs_clearall();                  // asfclr without the start check
 void fs_newpage(uint32_t number);    // create without the checks

@@ -140,17 +140,16 @@ void fs_drawstatus() {
   put(s, 1, position().c_str());
   int mc = fs.nb_cols / 2 - 4;
   if (mc < 1) mc = 1;
+  // The line is composed whole each time, so a mark that is off is simply not written.
   const char *mode = fs.insert && fs.reverse ? "< RINS >"
                      : fs.insert             ? "< INS > "
                      : fs.reverse            ? "  < R >   "
-                                             : "          ";
+                                             : "";
   put(s, mc, mode);
-  if (fs.nb_cols >= 57) {
-    put(s, fs.nb_cols - 15, fs.readonly ? "READ ONLY FILE" : "              ");
-  } else if (fs.nb_cols - 4 > mc + int(strlen(mode))) {
-    put(s, fs.nb_cols - 4, fs.readonly ? "R/O" : "   ");
-  }
-  put(s, fs.nb_cols / 4 * 3 - 4, fs.apl ? "APL" : "   ");
+  if (fs.readonly && fs.nb_cols >= 57) put(s, fs.nb_cols - 15, "READ ONLY FILE");
+  if (fs.readonly && fs.nb_cols < 57 && fs.nb_cols - 4 > mc + int(strlen(mode)))
+    put(s, fs.nb_cols - 4, "R/O");
+  if (fs.apl) put(s, fs.nb_cols / 4 * 3 - 4, "APL");
   if (s == fs.status) return;
   fs.status = s;
   fs.plat->status(s);
@@ -165,6 +164,13 @@ void asrefresh() {
     if (fs.plat && !fs.nobells) fs.plat->bell();
   fs_compare();
   fs.shown = fs.curnum;
+  fs_showcursor();
+  if (fs.plat) fs.plat->flush();
+}
+
+void fs_showcursor() {
+  if (fs.cur < 0) return;
+  fs_pagerec &p = pg();
   if (fs.plat && (p.cur_line != fs.curs_line || p.cur_col != fs.curs_col)) {
     int ix = cellix(p.cur_line, p.cur_col);
     int hl = fs.sh.hilite[ix];
@@ -173,7 +179,6 @@ void asrefresh() {
     fs.curs_col = p.cur_col;
   }
   fs_drawstatus();
-  if (fs.plat) fs.plat->flush();
 }
 
 void fs_dump(FILE *out, int attrs) {

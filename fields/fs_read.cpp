@@ -553,6 +553,7 @@ void asread(int *code, int *value, int *modified) {
     fs.lastch = ch;
     fs.havelast = true;
     if (r >= 0) return finish(r, v);
+    fs_showcursor();
   }
 }
 

@@ -60,7 +60,8 @@ int fs_null_script(fs_plat *layer, const char *path, std::FILE *out);
 
 // The recording layer of the tests keeps one of these for every call.
 struct fs_rec_call {
-  char op;           // 'r' run, 'c' cursor, 's' status, 'b' bell, 'f' flash, 'a' alert, 'x' clear
+  char op;           // 'r' run, 'c' cursor, 's' status, 'b' bell, 'f' flash, 'a' alert,
+                     // 'x' clear, 'p' palette (line: entry, col: red, count: green)
   int line;          // first line of a run, or the cursor's line
   int col;           // first column of a run, or the cursor's column
   int count;         // cells of a run

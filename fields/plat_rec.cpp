@@ -53,6 +53,10 @@ void fs_plat_rec::clear() {
   colour.assign(size_t(lines_), std::vector<int>(size_t(cols_), 64));
 }
 
+void fs_plat_rec::palette(int entry, int red, int green, int) {
+  calls.push_back({'p', entry, red, green, std::string()});
+}
+
 int fs_plat_rec::runs() const {
   int n = 0;
   for (const fs_rec_call &c : calls) n += c.op == 'r';

@@ -55,6 +55,7 @@ class fs_plat_rec : public fs_nullplat {
   void flash() override;
   void alert(const std::string &text) override;
   void clear() override;
+  void palette(int entry, int red, int green, int blue) override;
 
   std::vector<fs_rec_call> calls;  // every call, in order
   std::vector<std::string> text;   // the screen, one string a line
