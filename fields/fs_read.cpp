@@ -271,19 +271,21 @@ int drag(const fs_event &e) {
   return 24;
 }
 
-// A table binding of the field movement keys, or -1.
-int binding(const fs_event &e) {
-  for (int i = 0; i < 9; i++) {
-    const int *r = fs.movetab[i];
-    if (r[0] < 0 || r[0] != e.code) continue;
-    return i;
-  }
-  return -1;
-}
-
 bool exact(const fs_event &e, int i) {
   const int *r = fs.movetab[i];
   return !!shiftd(e) == !!r[1] && !!ctrld(e) == !!r[2] && !!altd(e) == !!r[3];
+}
+
+// The field movement record of a key, the one with exactly its modifiers
+// first (a key may be bound twice, with and without Alt); -1 for none.
+int binding(const fs_event &e) {
+  int any = -1;
+  for (int i = 0; i < 9; i++) {
+    if (fs.movetab[i][0] < 0 || fs.movetab[i][0] != e.code) continue;
+    if (exact(e, i)) return i;
+    if (any < 0) any = i;
+  }
+  return any;
 }
 
 // Dispatch of one event; a read code, or -1 to go on reading.
