@@ -2,6 +2,7 @@
 // links, assignment, DROP, EXPOSE, tail derivation and CVTAILS.
 #include "rexx/vars.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -139,6 +140,16 @@ void env_publish(const char* name, size_t len, const value& v) {
   setenv(env.c_str(), text.c_str(), 1);
 }
 
+// A substring index: a positive whole number taken to 9 digits.
+int sub_index(value& v, const char* which, long long& out) {
+  if (!val_make_num(v)) return rx_fail(78, std::string("The ") + which + " index evaluates to \"" + val_string(v) + "\"");
+  double d = rx_round(v.val_num, 9);
+  if (d != std::floor(d) || d < 1 || d > 2e9)
+    return rx_fail(78, std::string("The ") + which + " index must be a positive integer.");
+  out = (long long)d;
+  return 0;
+}
+
 bool symbol_char(unsigned char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
          strchr("@#$.!?_", c) != nullptr || c == 0xA8;
@@ -236,6 +247,28 @@ var_entry* vars_set_stem(var_frame* f, std::string_view stem, value&& v) {
   vars_drop_stem(f, stem);
   key_buf k(stem.data(), stem.size());
   return store(f, k.p, k.n, 0, std::move(v));
+}
+
+int vars_set_sub(var_frame* f, std::string_view name, size_t stem_len, value* i, value* j, bool colon,
+                 const value& v, long long* pi, long long* pj) {
+  char sv[VAL_NUMBUF];
+  std::string_view fill = val_text_of(v, sv);
+  if (fill.empty()) fill = " ";
+  long long first = 1, last = 0;
+  if (i)
+    if (int e = sub_index(*i, "first", first)) return e;
+  if (j)
+    if (int e = sub_index(*j, "second", last)) return e;
+  var_ref r = vars_get(f, name.data(), name.size(), stem_len);
+  std::string text = r.val ? val_string(*r.val) : vars_unset_text(name);
+  if (!j) last = colon ? (long long)text.size() : first + (long long)fill.size() - 1;
+  if (last < first) return rx_fail(78, "The second index must be greater than the first.");
+  if ((long long)text.size() < last) text.resize((size_t)last, ' ');
+  for (long long k = first; k <= last; k++) text[(size_t)(k - 1)] = fill[(size_t)(k - first) % fill.size()];
+  vars_set(f, name.data(), name.size(), stem_len, value(text));
+  if (pi) *pi = first;
+  if (pj) *pj = last;
+  return 0;
 }
 
 void vars_drop(var_frame* f, const char* name, size_t len, size_t stem_len) {

@@ -86,6 +86,13 @@ int vars_assign(var_frame* f, std::string_view name, size_t stem_len, value&& v)
 // `stem` is the stem name without its dot.
 var_entry* vars_set_stem(var_frame* f, std::string_view stem, value&& v);
 
+// Substring assignment x[i] = v, x[i:j] = v, x[i:] = v (j null, colon) and
+// x[:j] = v (i null): writes v, repeated as needed, over positions i to j of
+// the variable's text, extending it with blanks. Gives 0 or error 78; the
+// positions used come back in *pi and *pj (for trace) when given.
+int vars_set_sub(var_frame* f, std::string_view name, size_t stem_len, value* i, value* j, bool colon,
+                 const value& v, long long* pi = nullptr, long long* pj = nullptr);
+
 // DROP of a simple or compound name, and of a whole stem (compounds and default).
 void vars_drop(var_frame* f, const char* name, size_t len, size_t stem_len);
 void vars_drop_stem(var_frame* f, std::string_view stem);

@@ -206,6 +206,32 @@ TEST_F(Frames, EnvironmentHook) {
   EXPECT_EQ(getenv("XEDVARTEST"), nullptr);
 }
 
+std::string sub(var_frame* f, const char* i, const char* j, bool colon, const char* v) {
+  value vi = i ? value(i, strlen(i)) : value(), vj = j ? value(j, strlen(j)) : value();
+  int e = vars_set_sub(f, "X", 0, i ? &vi : nullptr, j ? &vj : nullptr, colon, value(v, strlen(v)));
+  if (e) return "E" + std::to_string(e) + ":" + rx_err_text;
+  return val_string(*vars_get(f, "X").val);
+}
+
+TEST_F(Frames, SubstringAssignment) {
+  set(top, "X", "abc");
+  EXPECT_EQ(sub(top, "5", nullptr, false, "z"), "abc z");
+  set(top, "X", "xxxxx");
+  EXPECT_EQ(sub(top, "2", "4", true, "ab"), "xabax");  // repeated to fill
+  EXPECT_EQ(sub(top, nullptr, "2", true, "-"), "--bax");
+  EXPECT_EQ(sub(top, "4", nullptr, true, "*"), "--b**");
+  EXPECT_EQ(sub(top, "1", nullptr, false, ""), " -b**");  // an empty value writes a blank
+  vars_set(top, "X", 1, 0, value(12.5, 1));
+  EXPECT_EQ(sub(top, "2", nullptr, false, "9"), "19.5");  // a number turns into its text
+  vars_drop(top, "X", 1, 0);
+  EXPECT_EQ(sub(top, "3", nullptr, false, "!"), "X !");   // unset: starts as its name
+  EXPECT_EQ(sub(top, "3", "2", true, "a"), "E78:The second index must be greater than the first.");
+  EXPECT_EQ(sub(top, "0", nullptr, false, "a"), "E78:The first index must be a positive integer.");
+  EXPECT_EQ(sub(top, "q", nullptr, false, "a"), "E78:The first index evaluates to \"q\"");
+  EXPECT_EQ(sub(top, "1", "2.5", true, "a"), "E78:The second index must be a positive integer.");
+  EXPECT_EQ(sub(top, "9", nullptr, true, "a"), "E78:The second index must be greater than the first.");
+}
+
 TEST(VarsNames, Classes) {
   EXPECT_FALSE(vars_novalue_applies("123"));
   EXPECT_TRUE(vars_novalue_applies("A1"));
