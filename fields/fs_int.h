@@ -155,7 +155,6 @@ int fs_ctrlchar(int ch);             // the rank 1 character after a table was r
 void fs_movetab_set(int kbtype);     // field movement keys for a keyboard type
 void fs_evreset();                   // empty the queue
 bool fs_evtake(fs_event &ev, int &ch);  // take the first event
-long fs_now10();                     // time in units of 10 microseconds
 
 int fs_kbmode();                     // keyboard type given to asfkeyb
 int fs_cellk(int pos, int line, int col);  // 0-based cell of a field, -1 none

@@ -21,19 +21,36 @@ uint16_t shown(uint16_t c) {
   return c;
 }
 
-look cellook(int ix) {
-  const fs_pagerec &p = pg();
-  look l;
-  l.ch = shown(p.text[ix]);
-  l.hl = uint8_t(p.hilite[ix] == 1 ? 0 : p.hilite[ix]);
-  l.col = uint8_t(fs.acol ? p.colour[ix] : 64);
-  l.in = uint8_t(p.intensity[ix] == 2 && !fs.int2 ? 1 : p.intensity[ix]);
-  return l;
-}
+// The cells of one line of the page, as the screen would show them.
+struct linecells {
+  const uint16_t *text;      // characters
+  const int32_t *hilite;     // hilites
+  const int32_t *colour;     // physical colours
+  const int32_t *intensity;  // intensities
+  look at(int i) const {
+    look l;
+    l.ch = shown(text[i]);
+    l.hl = uint8_t(hilite[i] == 1 ? 0 : hilite[i]);
+    l.col = uint8_t(fs.acol ? colour[i] : 64);
+    l.in = uint8_t(intensity[i] == 2 && !fs.int2 ? 1 : intensity[i]);
+    return l;
+  }
+};
 
-look shadowlook(int ix) {
-  return look{fs.sh.text[ix], fs.sh.hilite[ix], fs.sh.colour[ix], fs.sh.intensity[ix]};
-}
+// The shadow of one line.
+struct lineshadow {
+  uint16_t *text;      // characters drawn
+  uint8_t *hilite;     // hilites drawn
+  uint8_t *colour;     // colours drawn
+  uint8_t *intensity;  // intensities drawn
+  look at(int i) const { return look{text[i], hilite[i], colour[i], intensity[i]}; }
+  void set(int i, const look &l) {
+    text[i] = l.ch;
+    hilite[i] = l.hl;
+    colour[i] = l.col;
+    intensity[i] = l.in;
+  }
+};
 
 void put(std::string &s, int col, const char *text) {
   for (int i = 0; text[i] && col - 1 + i < int(s.size()); i++)
@@ -92,24 +109,26 @@ fs_poshook as_poshook = nullptr;
 
 void fs_paintline(int line) {
   if (fs.cur < 0 || !fs.plat) return;
-  int base = cellix(line, 1), c = 1;
-  while (c <= fs.nb_cols && cellook(base + c - 1) == shadowlook(base + c - 1)) c++;
-  std::vector<uint16_t> buf;
-  while (c <= fs.nb_cols) {
-    look a = cellook(base + c - 1);
+  fs_pagerec &p = pg();
+  size_t base = size_t(cellix(line, 1));
+  const linecells now = {&p.text[base], &p.hilite[base], &p.colour[base], &p.intensity[base]};
+  lineshadow was = {&fs.sh.text[base], &fs.sh.hilite[base], &fs.sh.colour[base],
+                    &fs.sh.intensity[base]};
+  const int n = fs.nb_cols;
+  int c = 0;
+  while (c < n && now.at(c) == was.at(c)) c++;
+  static std::vector<uint16_t> buf;
+  while (c < n) {
+    look a = now.at(c);
     int start = c;
     buf.clear();
-    for (; c <= fs.nb_cols; c++) {
-      look b = cellook(base + c - 1);
+    for (; c < n; c++) {
+      look b = now.at(c);
       if (b.hl != a.hl || b.col != a.col || b.in != a.in) break;
-      int ix = base + c - 1;
-      fs.sh.text[ix] = b.ch;
-      fs.sh.hilite[ix] = b.hl;
-      fs.sh.colour[ix] = b.col;
-      fs.sh.intensity[ix] = b.in;
+      was.set(c, b);
       buf.push_back(b.ch);
     }
-    fs.plat->run(line, start, buf.data(), int(buf.size()), a.hl, a.col, a.in);
+    fs.plat->run(line, start + 1, buf.data(), int(buf.size()), a.hl, a.col, a.in);
   }
 }
 

@@ -4,7 +4,6 @@
 #include "fields/fs_int.h"
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 
 fs_evqueue gdet_ev = {nullptr, nullptr, 0, 0, 0};
 int as_delkey = 127;
@@ -436,12 +435,6 @@ bool fs_evtake(fs_event &ev, int &ch) {
   gdet_ev.head++;
   if (--gdet_ev.count == 0) gdet_ev.head = 0;
   return true;
-}
-
-long fs_now10() {
-  timespec t;
-  clock_gettime(CLOCK_MONOTONIC, &t);
-  return long(t.tv_sec) * 100000 + t.tv_nsec / 10000;
 }
 
 // Chording: a press of either named button looks for the other; together they

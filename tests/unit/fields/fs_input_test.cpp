@@ -636,3 +636,42 @@ TEST_F(Input, ScriptErrorsAreReported) {
   EXPECT_EQ(rec->errors[0], "line 1: unknown key: nosuchkey");
   EXPECT_EQ(rec->errors[2], "line 3: unknown line: frobnicate");
 }
+
+TEST_F(Input, ReadLevelRepeatReplaysAHeldKey) {
+  asfrepeat(1);
+  EXPECT_EQ(read("press f2").code, 1);
+  // Still held after the wait: the previous event is processed again.
+  result r = read("wait 100");
+  EXPECT_EQ(r.code, 1);
+  EXPECT_EQ(r.value, 2);
+  // Released: nothing to replay.
+  EXPECT_EQ(read("release f2\nkey enter").code, 0);
+  asfrepeat(0);
+}
+
+TEST_F(Input, CursorMoveReports) {
+  asfreports(0, 0, 1);
+  asfcur(0, 3, 3);
+  EXPECT_EQ(read("key rightarrow\nkey enter").code, 673);
+  EXPECT_EQ(col(), 4);
+  EXPECT_EQ(read("").code, 0);  // the Enter still waiting
+  asfreports(0, 0, 0);
+}
+
+TEST_F(Input, MenuHookTakesThePress) {
+  static int seen[3];
+  define({fld(7, 4, 1, 1, 10)});
+  as_menuhook = [](int id, int button, int line, int) {
+    seen[0] = id;
+    seen[1] = button;
+    seen[2] = line;
+    return button == 3 ? 1 : 0;
+  };
+  result r = read("click 4 3 3\nclick 4 3 2");
+  as_menuhook = nullptr;
+  EXPECT_EQ(r.code, 20);
+  EXPECT_EQ(r.value, 2);
+  EXPECT_EQ(seen[0], 7);
+  EXPECT_EQ(seen[1], 2);
+  EXPECT_EQ(seen[2], 4);
+}
