@@ -42,3 +42,23 @@ int xfcm_syscmd(const xfcmd &c);
 int xfcm_top(const xfcmd &c);
 int xfcm_up(const xfcmd &c);
 int xfcm_xedit(const xfcmd &c);
+
+// Files in and out, and their settings.
+int xfcm_autobin(const xfcmd &c);
+int xfcm_autosave(const xfcmd &c);
+int xfcm_backup(const xfcmd &c);
+int xfcm_binary(const xfcmd &c);
+int xfcm_file(const xfcmd &c);
+int xfcm_fileconv(const xfcmd &c);
+int xfcm_get(const xfcmd &c);
+int xfcm_isoconv(const xfcmd &c);
+int xfcm_keepblanks(const xfcmd &c);
+int xfcm_lastfiles(const xfcmd &c);
+int xfcm_limit(const xfcmd &c);
+int xfcm_preservlinks(const xfcmd &c);
+int xfcm_recycle(const xfcmd &c);
+int xfcm_redo(const xfcmd &c);
+int xfcm_rw(const xfcmd &c);
+int xfcm_save(const xfcmd &c);
+int xfcm_saveclearundo(const xfcmd &c);
+int xfcm_undo(const xfcmd &c);

@@ -101,9 +101,26 @@ struct xfpend {
     void *args;            // macro argument list
 };
 
+// The bytes of a loaded file, split into lines in place: the texts of the
+// lines read at load point into this block.  xftext_free knows such texts
+// and leaves them to the block, which goes with its file; a text that moves
+// to another file must therefore be copied.
+struct xftextblock {
+    char *base = nullptr;  // first byte, null when none
+    size_t size = 0;       // bytes in the block
+    xftextblock() = default;
+    xftextblock(const xftextblock &) = delete;
+    xftextblock &operator=(const xftextblock &) = delete;
+    ~xftextblock();
+    void adopt(char *b, size_t n); // take over a heap block
+    void release();                // free it now
+};
+void xftext_free(char *text);      // free a line's text, wherever it lives
+
 // ---------------------------------------------------------------------------
 // The file record.
 struct xfile {
+    xftextblock textblock; // loaded bytes that line texts point into
     xflines lines;         // text, lentr, stopmark, selevel
     int32_t chgcount = 0;  // changes since the last save
     int32_t group_open = 1; // next journalled change starts an undo group
@@ -252,5 +269,74 @@ void dttime(int stop, int level, const char *text);
 void xftimeload(const char *what);
 int xfcm_check();                  // verify every line's length; 0 good
 
-// Minimal load and save until the files subsystem takes over.
+// ---------------------------------------------------------------------------
+// Files in and out: loading, saving, autosave, recovery, undo.
+
+// Settings of loading and saving.
+extern int autobin;                // AUTOBIN ON: look for control bytes
+extern std::string autobin_allowed; // control bytes that leave a file text
+extern int64_t load_limit;         // LIMIT in bytes, 0 none
+extern int fileconv_read;          // records on reading: 1 unix, 2 auto
+extern int eol_empty;              // eol_kind of a file with no lines
+extern int isoconv;                // ISOCONV ON: the tables apply
+extern unsigned char readtab[256]; // byte translation on reading
+extern unsigned char writetab[256]; // byte translation on writing
+extern int backup_on;              // BACKUP ON
+extern std::string bak_suffix;     // backup of a save
+extern std::string reload_suffix;  // backup of a reload of an unchanged file
+extern int recycle_on;             // RECYCLE ON
+extern int preservlinks;           // PRESERVLINKS ON: backups by copy
+extern int saveclearundo;          // SAVECLEARUNDO ON
+extern int autosave_count;         // changes between autosaves, 0 off
+extern std::string autosave_dir;   // where autosaves go, ending in '/'
+extern bool recovering;            // a recovery save is running
+extern int lastfiles_on;           // LASTFILES ON
+extern int lastfiles_max;          // entries kept in ~/vorta.lastfiles
+extern int noreload_once;          // skip the next reload check
+
+// Loading (xfedit returns 0 on success or when already open, 1 on refusal).
 int xfedit(const std::string &name);
+int xfedit(const std::string &name, const std::string &dir, bool noext);
+int xfopen_words(std::string_view text, const std::string &dir);
+int xftr1(int &status, const std::string &path, bool noreport);
+bool xfreload_all();
+bool xfreload_one(int index, int force, int return_to);
+bool xfwritable(const struct stat &st); // from the mode bits, root included
+std::string xfcanon(const std::string &path); // fold "." and ".."
+
+// Reading a file's lines into a line array; xftr1 and GET use it.
+struct xfreadstate {
+    std::string name;      // the file's name for messages
+    int bin = 0;           // in: BIN already; out: BIN after detection
+    int keepblanks = 0;    // in/out: trailing blanks kept
+    int eol_kind = 1;      // out: 0 when a record ended in CR
+    int32_t sizeest = 1000; // in: the array-size estimate
+    int status = 0;        // out: 0 good, 3 unreadable, 4 directory, 5, 6
+    int err = 0;           // out: errno of a failed open
+    int64_t mtime = 0;     // out: last-write time of the file
+    bool ended_lf = false; // out: the data's last byte was a line feed
+    std::vector<std::string> msgs; // out: messages to show after the read
+};
+int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st);
+
+// Saving: xfwrite returns 0, 2 on failure, 3 when refused.
+int xfwrite(bool dosmode, bool verify);
+int xfsave(const std::string &target, bool force, bool keeptime, bool dosmode,
+           bool verify, bool named);
+int xfcopyfile(const std::string &from, const std::string &to);
+
+// Autosave: the cycle's start and end, and one file's autosave.
+void xfcycle_begin();              // snapshot counters, open undo groups
+void xfcycle_end();                // count changes towards AUTOSAVE
+std::string xfautoname(int index);
+int xfautosave(int index);
+
+// Recovery.
+void xfnomem_save(int reason);     // the ".check" save of xfnomem
+[[noreturn]] void xfinterr(int code);
+void xfrescue(int code, const std::string &message, bool restart);
+int xfrestart();                   // write restart.x and start anew
+
+// Undo and redo: one group each; false when there was nothing to do.
+bool xf_undo();
+bool xf_redo();

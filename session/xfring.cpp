@@ -221,7 +221,7 @@ void xfdelfile()
     }
     xfile *f = files[(size_t)idx];
     for (int32_t i = 0; i < f->nbli(); i++)
-        std::free(f->lines[i].text);
+        xftext_free(f->lines[i].text);
     xfclearundo(f);
     xfclearredo(f);
     delete f;

@@ -90,7 +90,7 @@ xfjentry &journal_entry(char cd, int32_t li, int32_t count, int mode)
 void free_lines(std::vector<xfline> &v)
 {
     for (auto &l : v)
-        std::free(l.text);
+        xftext_free(l.text);
     v.clear();
 }
 

@@ -1,0 +1,306 @@
+// The reader: a file's bytes come in whole, into one block that the line
+// texts then point into.  Binary detection, record endings, blank stripping
+// and the byte translation are done on that block in place, in one pass over
+// each record, so loading costs little more than reading.
+#include "session/xed.h"
+#include "commands/commands.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+int autobin = 1;
+std::string autobin_allowed = std::string("\x09\x0a\x0c\x0d\x1a", 5);
+int64_t load_limit = 0;
+int fileconv_read = 2;
+int eol_empty = 1;
+int isoconv = 0;
+unsigned char readtab[256];
+unsigned char writetab[256];
+
+namespace {
+
+constexpr int32_t max_lines = 2147483646;  // lines a file may have
+constexpr int64_t max_linelen = 2147483646; // bytes a line may have
+constexpr int32_t est_cap = 100000000;     // the estimate stops doubling here
+
+// Every block that line texts point into, for xftext_free.
+std::vector<const xftextblock *> blocks;
+const xftextblock *last_hit = nullptr;
+
+bool inside(const xftextblock *b, const char *p)
+{
+    return b->base && p >= b->base && p < b->base + b->size;
+}
+
+struct tables_init {
+    tables_init()
+    {
+        for (int i = 0; i < 256; i++)
+            readtab[i] = writetab[i] = (unsigned char)i;
+    }
+} tables_once;
+
+} // namespace
+
+// ---------------------------------------------------------------------------
+// Text blocks.
+
+void xftextblock::adopt(char *b, size_t n)
+{
+    release();
+    base = b;
+    size = n;
+    blocks.push_back(this);
+}
+
+void xftextblock::release()
+{
+    if (!base)
+        return;
+    blocks.erase(std::remove(blocks.begin(), blocks.end(), this), blocks.end());
+    if (last_hit == this)
+        last_hit = nullptr;
+    std::free(base);
+    base = nullptr;
+    size = 0;
+}
+
+xftextblock::~xftextblock() { release(); }
+
+void xftext_free(char *text)
+{
+    if (!text)
+        return;
+    if (last_hit && inside(last_hit, text))
+        return;
+    for (const xftextblock *b : blocks)
+        if (inside(b, text)) {
+            last_hit = b;
+            return;
+        }
+    std::free(text);
+}
+
+// ---------------------------------------------------------------------------
+
+bool xfwritable(const struct stat &st)
+{
+    // Decided from the mode bits: as root every access test says yes.
+    uid_t uid = geteuid();
+    if (uid == 0)
+        return (st.st_mode & 0222) != 0;
+    if (st.st_uid == uid)
+        return (st.st_mode & S_IWUSR) != 0;
+    gid_t groups[256];
+    int n = getgroups(256, groups);
+    bool member = st.st_gid == getegid();
+    for (int i = 0; i < n && !member; i++)
+        member = groups[i] == st.st_gid;
+    if (member)
+        return (st.st_mode & S_IWGRP) != 0;
+    return (st.st_mode & S_IWOTH) != 0;
+}
+
+namespace {
+
+// The whole file into one heap block, one byte more than its length so that
+// the last record can be NUL-ended too.  False on a read error.
+bool slurp(int fd, size_t hint, char *&buf, size_t &n)
+{
+    size_t cap = hint + 1;
+    buf = (char *)xfmalloc(cap);
+    n = 0;
+    for (;;) {
+        if (n + 1 >= cap) {
+            cap = cap + cap / 2 + 65536;
+            buf = (char *)xfrealloc(buf, cap);
+        }
+        ssize_t r = read(fd, buf + n, cap - 1 - n);
+        if (r < 0 && errno == EINTR)
+            continue;
+        if (r < 0) {
+            std::free(buf);
+            buf = nullptr;
+            return false;
+        }
+        if (r == 0)
+            break;
+        n += (size_t)r;
+    }
+    return true;
+}
+
+// The first control byte that makes the file binary, or -1.
+int binary_byte(const char *p, size_t n)
+{
+    n = std::min<size_t>(n, 1024);
+    for (size_t i = 0; i < n; i++) {
+        unsigned char b = (unsigned char)p[i];
+        if (b < 32 && b != 10 && autobin_allowed.find((char)b) == std::string::npos)
+            return b;
+    }
+    return -1;
+}
+
+// One record [p, p+len): CRs and blanks go as the settings ask, the text is
+// NUL-ended in place.  `keep` is the least length the blank stripping leaves.
+int64_t trim_record(char *p, int64_t len, const xfreadstate &st, int keep, bool &cr)
+{
+    if (fileconv_read == 2 && len > 0 && !st.bin)
+        while (len > 0 && p[len - 1] == '\r') {
+            len--;
+            cr = true;
+        }
+    if (!st.keepblanks)
+        while (len > keep && p[len - 1] == ' ')
+            len--;
+    p[len] = 0;
+    return len;
+}
+
+} // namespace
+
+int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st)
+{
+    struct stat sb;
+    if (fstat(fd, &sb) != 0) {
+        st.status = 3;
+        return st.status;
+    }
+    if (S_ISDIR(sb.st_mode)) {
+        st.status = 4;
+        return st.status;
+    }
+    st.mtime = (int64_t)sb.st_mtime;
+    char *buf;
+    size_t n;
+    if (!slurp(fd, S_ISREG(sb.st_mode) ? (size_t)sb.st_size : 0, buf, n)) {
+        st.status = 3;
+        st.err = errno;
+        return st.status;
+    }
+    if (autobin && !st.bin) {
+        int b = binary_byte(buf, n);
+        if (b >= 0) {
+            char m[64];
+            std::snprintf(m, sizeof m, "..... Binary mode (Found x'%2.2X') set for file ", b);
+            st.msgs.push_back(m + st.name);
+            st.bin = 1;
+            st.keepblanks = 1;
+        }
+    }
+    if (isoconv)
+        for (size_t i = 0; i < n; i++)
+            if (buf[i] != '\n')
+                buf[i] = (char)readtab[(unsigned char)buf[i]];
+
+    int32_t est = std::max<int32_t>(st.sizeest, 16);
+    L.reserve(L.size() + est);
+    int32_t sel = xv ? xv->select_new : 0;
+    bool cr = false;
+    char *p = buf, *end = buf + n;
+    auto store = [&](char *text, int64_t len) {
+        if (L.size() >= L.capacity() - 1) {
+            L.reserve(L.capacity() + est);
+            if (est < est_cap)
+                est *= 2;
+        }
+        int32_t at = L.size();
+        L.open(at, 1);
+        L[at] = {text, (int32_t)len, 0, sel};
+    };
+    while (p < end) {
+        char *q = (char *)std::memchr(p, '\n', (size_t)(end - p));
+        bool last = q == nullptr;
+        int64_t len = (last ? end : q) - p;
+        if (len > max_linelen || L.size() >= max_lines) {
+            st.status = len > max_linelen ? 5 : 6;
+            L.close(0, L.size());
+            std::free(buf);
+            return st.status;
+        }
+        len = trim_record(p, len, st, last ? 2 : 1, cr);
+        store(p, len);
+        p = last ? end : q + 1;
+    }
+    // A binary file that ends in a line feed gets an empty last line, so
+    // that the writer can give back exactly the same bytes.
+    if (st.bin && n > 0 && buf[n - 1] == '\n')
+        store(buf + n, 0), buf[n] = 0;
+    st.eol_kind = cr ? 0 : 1;
+    st.ended_lf = n > 0 && buf[n - 1] == '\n';
+    if (L.size() == 1 && L[0].len == 1 && L[0].text[0] == 26 && fileconv_read == 2 && !st.bin) {
+        L[0].text[0] = 0;
+        L[0].len = 0;
+        st.eol_kind = 0;
+    }
+    if (L.size() == 0) {
+        std::free(buf);
+        return 0;
+    }
+    blk.adopt(buf, n + 1);
+    return 0;
+}
+
+int xftr1(int &status, const std::string &path, bool noreport)
+{
+    xftimeload("VORTA: starting xftr1");
+    status = 0;
+    int wfd = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    int werr = wfd < 0 ? errno : 0;
+    int fd = wfd >= 0 ? wfd : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        status = errno == EISDIR ? 4 : 3;
+        return status;
+    }
+    struct stat sb;
+    bool ro_attr = fstat(fd, &sb) == 0 && S_ISREG(sb.st_mode) && !xfwritable(sb);
+
+    xfreadstate st;
+    st.name = path;
+    st.bin = xf->bin;
+    st.keepblanks = xf->keepblanks;
+    st.sizeest = (int32_t)std::max<int64_t>(1000, std::min<int64_t>(xf->lines.capacity(), est_cap));
+    xfreadlines(fd, xf->lines, xf->textblock, st);
+    close(fd);
+    status = st.status;
+    if (status != 0)
+        return status;
+    xf->bin = st.bin;
+    xf->keepblanks = st.keepblanks;
+    xf->mtime = st.mtime;
+    xf->eol_kind = st.eol_kind;
+    int32_t n = xf->nbli();
+    if (n == 0) {
+        xf->eol_kind = eol_empty;
+        if (topline == 0) {
+            xf->lines.open(0, 1);
+            xf->lines[0] = {xfstrdup(""), 0, 0, xv ? xv->select_new : 0};
+        }
+    } else if (n == 1 && st.eol_kind == 1 && eol_default == 0 && !st.bin) {
+        // One record and no line feed at all: nothing says it is unix.
+        if (!st.ended_lf)
+            xf->eol_kind = 0;
+    }
+    if (xf->bin)
+        xf->eol_kind = 1;
+    if (ro_attr || wfd < 0) {
+        xf->rw = 0;
+        if (ro_attr)
+            st.msgs.push_back("..... File \"" + path + "\" is read-only - RW OFF");
+        else if (werr == EACCES || werr == EPERM)
+            st.msgs.push_back("..... No write access to the file: loaded read-only (RW OFF)");
+        else
+            st.msgs.push_back("..... File loaded read-only (RW OFF)");
+    }
+    if (!noreport)
+        for (auto &m : st.msgs)
+            xfmsgs(m, 0);
+    return 0;
+}
