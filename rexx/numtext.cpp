@@ -11,6 +11,12 @@
 
 namespace {
 
+// Powers of ten that a double holds exactly.
+constexpr double exact10[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                              1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+double scaled(double a, int k) { return k >= 0 ? a * exact10[k] : a / exact10[-k]; }
+
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 // Appends the padding zeros that a positive val_dec asks for: the integer
@@ -107,6 +113,21 @@ bool val_make_num(value& v) {
 int rx_num_text(double d, int dec, char* buf) {
   if (d == 0) d = 0.0;  // never show "-0"
   int digits = rx_numeric.digits;
+  if (d == std::floor(d) && std::fabs(d) < exact10[digits]) {
+    // A whole number within DIGITS prints as its plain digits.
+    char tmp[24];
+    int k = 0;
+    unsigned long long u = (unsigned long long)std::fabs(d);
+    do {
+      tmp[k++] = (char)('0' + u % 10);
+      u /= 10;
+    } while (u);
+    int n = 0;
+    if (d < 0) buf[n++] = '-';
+    while (k) buf[n++] = tmp[--k];
+    buf[n] = 0;
+    return pad_decimals(buf, n, dec, digits);
+  }
   int n = snprintf(buf, VAL_NUMBUF, "%.*G", digits, d);
   char* e = (char*)memchr(buf, 'E', (size_t)n);
   if (e && (e[1] == '+' || e[1] == '-') && e[2] == '0') {
@@ -129,7 +150,29 @@ std::string val_string(const value& v) {
 }
 
 double rx_round(double d, int digits) {
-  if (digits >= RX_MAX_DIGITS || d == std::floor(d)) return d;
+  if (digits >= RX_MAX_DIGITS || d == std::floor(d) || !std::isfinite(d)) return d;
+  // Fast path with the same result as the text round trip: scale by an
+  // exact power of ten to an integer part of `digits` digits, round, and
+  // scale back with one correctly rounded operation, which is what reading
+  // the rounded text back would give. Values too close to a tie for the
+  // scaling error to be ruled out take the text path.
+  double a = std::fabs(d);
+  if (digits >= 1 && a >= 1e-7 && a < 1e15) {
+    int k = digits - 1 - (int)std::floor(std::log10(a));
+    double lo = exact10[digits - 1], hi = exact10[digits];
+    double t = scaled(a, k);
+    if (t < lo) {
+      t = scaled(a, ++k);
+    } else if (t >= hi) {
+      t = scaled(a, --k);
+    }
+    double fl = std::floor(t), fr = t - fl;
+    if (t >= lo && t < hi && std::fabs(fr - 0.5) > t * 4e-16 + 1e-12) {
+      double m = fr > 0.5 ? fl + 1 : fl;
+      double r = k >= 0 ? m / exact10[k] : m * exact10[-k];
+      return d < 0 ? -r : r;
+    }
+  }
   char buf[VAL_NUMBUF];
   snprintf(buf, sizeof buf, "%.*g", digits, d);
   return strtod(buf, nullptr);

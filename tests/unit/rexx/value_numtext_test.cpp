@@ -2,6 +2,10 @@
 // through text, and the NUMERIC settings.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -120,6 +124,21 @@ TEST(ValueText, DecimalsPaddedByTheIntegerPartRule) {
   EXPECT_EQ(text(2, 5), "2.000");     // DIGITS caps the padding
 }
 
+TEST(ValueText, WholeNumbersAsPrintfWouldShowThem) {
+  NumericGuard g;
+  char want[64];
+  for (int digits : {1, 5, 9, 15}) {
+    rx_numeric.digits = digits;
+    for (double d : {0.0, 7.0, -42.0, 99999.0, 100000.0, 123456789.0, 999999999.0, 1e9, -1e14, 999999999999999.0}) {
+      snprintf(want, sizeof want, "%.*G", digits, d);
+      std::string w = want;
+      size_t e = w.find("E+0");
+      if (e != std::string::npos) w.erase(e + 2, 1);
+      EXPECT_EQ(text(d), w) << d << " at " << digits;
+    }
+  }
+}
+
 TEST(ValueText, FewerDigits) {
   NumericGuard g;
   rx_numeric.digits = 4;
@@ -145,6 +164,50 @@ TEST(ValueRound, ThroughText) {
   EXPECT_EQ(rx_round(123456789012.0, 3), 123456789012.0);  // whole numbers keep all digits
   EXPECT_EQ(rx_round(1.0 / 3, 15), 1.0 / 3);               // 15 and more: untouched
   EXPECT_EQ(rx_round(1.26e-10, 2), 1.3e-10);
+}
+
+// The rounding must agree bit for bit with printing "%.*g" and reading the
+// text back, near ties and powers of ten included.
+TEST(ValueRound, AgreesWithTheTextRoundTrip) {
+  auto by_text = [](double d, int digits) {
+    if (d == std::floor(d)) return d;  // whole numbers are never rounded
+    char buf[64];
+    snprintf(buf, sizeof buf, "%.*g", digits, d);
+    return strtod(buf, nullptr);
+  };
+  uint64_t seed = 88172645463325252ull;
+  auto next = [&] {
+    seed ^= seed << 13;
+    seed ^= seed >> 7;
+    seed ^= seed << 17;
+    return seed;
+  };
+  int mismatches = 0;
+  for (int i = 0; i < 300000; i++) {
+    int digits = 1 + (int)(next() % 14);
+    double d;
+    switch (i % 4) {
+      case 0:  // any magnitude
+        d = (double)(next() % 1000000007) / 1000000007.0 * std::pow(10.0, (int)(next() % 30) - 12);
+        break;
+      case 1: {  // a decimal tie at the rounding position, give or take an ulp
+        double scale = std::pow(10.0, (int)(next() % 12));
+        d = ((double)(next() % 100000000) + 0.5) / scale;
+        d = std::nextafter(d, (next() & 1) ? 1e300 : -1e300);
+        break;
+      }
+      case 2:  // just around a power of ten
+        d = std::nextafter(std::pow(10.0, (int)(next() % 20) - 7), (next() & 1) ? 1e300 : 0.0);
+        break;
+      default:  // short decimals, the common case
+        d = (double)(next() % 100000) / 1000.0 + 0.001;
+        break;
+    }
+    if (next() & 1) d = -d;
+    if (rx_round(d, digits) != by_text(d, digits) && ++mismatches < 5)
+      ADD_FAILURE() << std::hexfloat << d << " at " << digits << " digits";
+  }
+  EXPECT_EQ(mismatches, 0);
 }
 
 TEST(ValueRound, WholeArgument) {

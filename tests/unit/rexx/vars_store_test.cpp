@@ -10,9 +10,9 @@
 
 namespace {
 
-struct Frames : ::testing::Test {
+struct VarsFrames : ::testing::Test {
   var_frame* top = vars_push(nullptr);
-  ~Frames() override { vars_pop(top); }
+  ~VarsFrames() override { vars_pop(top); }
 
   static void set(var_frame* f, std::string_view name, const char* v) {
     size_t dot = name.find('.');
@@ -28,7 +28,7 @@ struct Frames : ::testing::Test {
   }
 };
 
-TEST_F(Frames, SimpleVariables) {
+TEST_F(VarsFrames, SimpleVariables) {
   EXPECT_EQ(vars_get(top, "X").val, nullptr);
   EXPECT_EQ(get(top, "X"), "X");
   set(top, "X", "1");
@@ -45,14 +45,14 @@ TEST_F(Frames, SimpleVariables) {
   EXPECT_GT(vars_get(top, "X").changes, 1u);  // a dropped entry keeps counting
 }
 
-TEST_F(Frames, AssignRejectsDigitAndDotNames) {
+TEST_F(VarsFrames, AssignRejectsDigitAndDotNames) {
   EXPECT_EQ(vars_assign(top, "1A", 0, value("x", 1)), 31);
   EXPECT_EQ(vars_assign(top, ".A", 0, value("x", 1)), 31);
   EXPECT_EQ(vars_assign(top, "A1", 0, value("x", 1)), 0);
   EXPECT_EQ(get(top, "A1"), "x");
 }
 
-TEST_F(Frames, StemDefaults) {
+TEST_F(VarsFrames, StemDefaults) {
   set(top, "A.1", "2");
   vars_set_stem(top, "A", value("5", 1));  // a.1 = 2; a. = 5
   EXPECT_EQ(get(top, "A.1") + " " + get(top, "A.2"), "5 5");
@@ -73,7 +73,7 @@ TEST_F(Frames, StemDefaults) {
   EXPECT_EQ(get(top, "AB.1"), "k");
 }
 
-TEST_F(Frames, DerivedNames) {
+TEST_F(VarsFrames, DerivedNames) {
   set(top, "I", "3");
   vars_set(top, "J", 1, 0, value(1.5, 2));
   std::string name;
@@ -85,7 +85,7 @@ TEST_F(Frames, DerivedNames) {
   EXPECT_EQ(name, "A.7");
 }
 
-TEST_F(Frames, ExposeSimpleAndHidden) {
+TEST_F(VarsFrames, ExposeSimpleAndHidden) {
   set(top, "X", "1");
   set(top, "Y", "outer");
   var_frame* in = vars_push(top);
@@ -99,7 +99,7 @@ TEST_F(Frames, ExposeSimpleAndHidden) {
   EXPECT_EQ(get(top, "Y"), "outer");
 }
 
-TEST_F(Frames, ExposeAcrossTwoLevelsAndDrop) {
+TEST_F(VarsFrames, ExposeAcrossTwoLevelsAndDrop) {
   set(top, "X", "1");
   var_frame* mid = vars_push(top);
   vars_expose(mid, "X");
@@ -114,7 +114,7 @@ TEST_F(Frames, ExposeAcrossTwoLevelsAndDrop) {
   vars_pop(mid);
 }
 
-TEST_F(Frames, ExposeStem) {
+TEST_F(VarsFrames, ExposeStem) {
   set(top, "S.1", "one");
   vars_set_stem(top, "T", value("dflt", 4));
   var_frame* in = vars_push(top);
@@ -132,7 +132,7 @@ TEST_F(Frames, ExposeStem) {
   EXPECT_TRUE(tails == "1 2" || tails == "2 1") << tails;
 }
 
-TEST_F(Frames, ExposeOneCompound) {
+TEST_F(VarsFrames, ExposeOneCompound) {
   set(top, "A.1", "a1");
   set(top, "A.2", "a2");
   var_frame* in = vars_push(top);
@@ -146,7 +146,7 @@ TEST_F(Frames, ExposeOneCompound) {
   EXPECT_EQ(get(top, "A.2"), "a2");
 }
 
-TEST_F(Frames, Cvtails) {
+TEST_F(VarsFrames, Cvtails) {
   EXPECT_EQ(vars_tails(top, "Q"), "");
   set(top, "Q.B", "1");
   set(top, "Q.A.Z", "1");
@@ -159,7 +159,7 @@ TEST_F(Frames, Cvtails) {
   EXPECT_NE(t.find('B'), std::string::npos);
 }
 
-TEST_F(Frames, HashStaysInItsMask) {
+TEST_F(VarsFrames, HashStaysInItsMask) {
   EXPECT_EQ(var_hash("A", 1), (uint32_t)((65 * 31) & 0x9FFF));
   EXPECT_EQ(var_hash("AB", 2), (uint32_t)(((65 * 31 + 66) * 31) & 0x9FFF));
   for (const char* n : {"\xff", "\x80\x80\x80", "ZZZZZZZZZZZZZZZZZZZZ", "a.b.c"}) {
@@ -169,7 +169,7 @@ TEST_F(Frames, HashStaysInItsMask) {
   }
 }
 
-TEST_F(Frames, ManyVariablesAndFrameReuse) {
+TEST_F(VarsFrames, ManyVariablesAndFrameReuse) {
   char name[32];
   for (int i = 0; i < 50000; i++) {
     int n = snprintf(name, sizeof name, "V%d", i);
@@ -190,7 +190,7 @@ TEST_F(Frames, ManyVariablesAndFrameReuse) {
   }
 }
 
-TEST_F(Frames, EnvironmentHook) {
+TEST_F(VarsFrames, EnvironmentHook) {
   vars_setenv_hook = true;
   unsetenv("XEDVARTEST");
   set(top, "$XEDVARTEST", "hello");
@@ -213,7 +213,7 @@ std::string sub(var_frame* f, const char* i, const char* j, bool colon, const ch
   return val_string(*vars_get(f, "X").val);
 }
 
-TEST_F(Frames, SubstringAssignment) {
+TEST_F(VarsFrames, SubstringAssignment) {
   set(top, "X", "abc");
   EXPECT_EQ(sub(top, "5", nullptr, false, "z"), "abc z");
   set(top, "X", "xxxxx");
@@ -245,7 +245,7 @@ TEST(VarsNames, Classes) {
   EXPECT_EQ(vars_unset_text("A.B"), "A.B");
 }
 
-TEST_F(Frames, Dump) {
+TEST_F(VarsFrames, Dump) {
   set(top, "X", "1");
   set(top, "Y", "2");
   vars_drop(top, "Y", 1, 0);
