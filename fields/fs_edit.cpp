@@ -59,6 +59,10 @@ bool onesegment(int pos) {
 }
 
 void repaintfrom(int pos, int k) {
+  if (fs.batch) {
+    pg().dirty[pos - 1] = 1;
+    return;
+  }
   const fs_cells &c = pg().cells[pos - 1];
   int last = 0;
   for (size_t i = size_t(k); i < c.line.size(); i++)
@@ -150,11 +154,16 @@ int segend(int pos, int k, int n) {
   return s ? s->cell0 + s->ncells - 1 : n - 1;
 }
 
-// Insert at the cursor: 1 done, -2 dropped, or a read code.
+bool reversed(int pos) { return fs.reverse && !(fld(pos).flags & FSF_LTR); }
+
+// Insert at the cursor: 1 done, -2 dropped, or a read code. In reverse
+// direction the text moves towards the field's start.
 int insert(int pos, int k, int n, int c) {
   const fsfield &f = fld(pos);
-  int end = n - 1;
-  if (ext(pos).limit >= 0 && onesegment(pos) && ext(pos).limit + 2 < end) end = ext(pos).limit + 2;
+  int dir = reversed(pos) ? -1 : 1;
+  int end = dir < 0 ? 0 : n - 1;
+  if (dir > 0 && ext(pos).limit >= 0 && onesegment(pos) && ext(pos).limit + 2 < end)
+    end = ext(pos).limit + 2;
   uint16_t e = txt(pos, end);
   bool room = ext(pos).show_blanks ? e == FS_NULL
                                    : e == ' ' || e == '\t' || e == '\f' || e == 0 || e == FS_NULL;
@@ -166,8 +175,8 @@ int insert(int pos, int k, int n, int c) {
   }
   if (f.flags & FSF_REPDEL) return 26;
   fs_pagerec &p = pg();
-  for (int i = end; i > k; i--) {
-    int a = cix(pos, i), b = cix(pos, i - 1);
+  for (int i = end; i != k; i -= dir) {
+    int a = cix(pos, i), b = cix(pos, i - dir);
     p.text[a] = p.text[b];
     p.colour[a] = p.colour[b];
     p.hilite[a] = fs.rem == 0 ? f.hilite : p.hilite[b];
@@ -179,7 +188,7 @@ int insert(int pos, int k, int n, int c) {
 }
 
 bool atend(int pos, int k, int n) {
-  if (fs.reverse && !(fld(pos).flags & FSF_LTR)) return k == 0;
+  if (reversed(pos)) return k == 0;
   if (ext(pos).limit >= 0 && onesegment(pos) && k + 1 >= ext(pos).limit) return true;
   return k == n - 1;
 }
@@ -273,18 +282,34 @@ int fs_type(int ch, const fs_event &ev, int *value) {
     pg().text[ix] = uint16_t(c);
     if (fs.rem == 0 || (f.flags & FSF_NOINS)) fieldattrs(a.pos, ix);
   }
-  repaintfrom(a.pos, a.k);
+  bool rev = reversed(a.pos);
+  repaintfrom(a.pos, rev ? 0 : a.k);
   twin(a.pos, a.k);
   setmodified(a.pos);
   int pos = a.pos, id = f.id, flags = f.flags;
   if (atend(pos, a.k, a.n)) {
     if (flags & FSF_REPEND) return 32;
-    fs_tab(fs.reverse && !(flags & FSF_LTR));
+    fs_tab(rev);
   } else {
-    gocell(pos, fs.reverse && !(flags & FSF_LTR) ? a.k - 1 : a.k + 1);
+    gocell(pos, rev ? a.k - 1 : a.k + 1);
   }
   int r = callback(pos, inserting ? FS_OP_INSERT : FS_OP_OVER, a.k);
   if (r >= 0) return r;
+  if (inserting && !fs.batch) {
+    // Keys the platform has already queued are typed with one repaint for all.
+    fs.batch = true;
+    while (r < 0 && gdet_ev.count > 0) {
+      const fs_event &next = gdet_ev.ev[gdet_ev.head];
+      if (next.code != ev.code || (next.released & 1)) break;
+      fs_event e;
+      int nch;
+      fs_evtake(e, nch);
+      r = fs_type(nch >= 0 ? nch : e.code, e, value);
+    }
+    fs.batch = false;
+    fs_compare();
+    if (r >= 0) return r;
+  }
   if (flags & FSF_KEYSTROKE) {
     at b = here();
     if (b.pos == pos)

@@ -102,6 +102,7 @@ struct fs_state {
   bool droprel = false;             // drop the next release
   int readmod = 0;                  // the read's count of modified fields
   int chordrel = 0;                 // releases of a chord still to merge
+  bool batch = false;               // typing queued keys: repaint once at the end
   fs_event last{};                  // previous event, for the read's repeat
   int lastch = -1;                  // its character
   bool havelast = false;            // last holds an event

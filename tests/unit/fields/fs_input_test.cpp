@@ -116,6 +116,27 @@ TEST_F(Input, InsertReportsToCaller) {
   EXPECT_EQ(get(2), "abcd");
 }
 
+TEST_F(Input, QueuedKeysInInsertModeRepaintOnce) {
+  define({fld(1, 1, 1, 1, 10), fld(2, 2, 1, 1, 10)});
+  asrefresh();
+  asfcur(1, 1, 1);
+  rec->forget();
+  read("type aaaa\nkey enter");
+  // Each key repaints from its cell to the line's end: the field, then the rest.
+  EXPECT_EQ(rec->runs(), 8);
+  asfinsert(1);
+  asfcur(2, 1, 1);
+  rec->forget();
+  read("type bbbb\nkey enter");
+  EXPECT_EQ(rec->runs(), 4);  // the first key, then the three queued behind it at once
+  EXPECT_EQ(get(2).substr(0, 4), "bbbb");
+  EXPECT_EQ(col(), 5);
+  // A different key ends the batch; both are typed.
+  asfcur(2, 1, 1);
+  read("type xy\nkey enter");
+  EXPECT_EQ(get(2).substr(0, 6), "xybbbb");
+}
+
 TEST_F(Input, NoInsertFlagOverwritesInInsertMode) {
   define({fld(1, 1, 1, 1, 4, 0, FSF_NOINS)});
   put(1, "abcd");
@@ -628,6 +649,13 @@ TEST_F(Input, ReverseDirectionTypesLeftward) {
   EXPECT_EQ(get(2), " cd  ");
   asrefresh();
   EXPECT_NE(rec->statusline.find("  < R >   "), std::string::npos);
+  // Insert in reverse direction pushes the text towards the field's start.
+  put(1, "  abc");
+  asfinsert(1);
+  asfcur(1, 1, 4);
+  read("type X\nkey enter");
+  EXPECT_EQ(get(1), " abXc");
+  EXPECT_EQ(col(), 3);
 }
 
 TEST_F(Input, ScriptErrorsAreReported) {
