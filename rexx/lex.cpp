@@ -447,7 +447,7 @@ struct scanner {
       emit(1, i, reinterpret_cast<const char*>(s + i), 1);
       i++;
     }
-    semi(n);
+    if (out.empty() || last() != ';') emit(';', n);
     return 0;
   }
 };

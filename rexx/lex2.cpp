@@ -554,6 +554,7 @@ std::vector<rx_tok*> pass3(rx_prog& prog, const std::vector<rx_tok*>& in)
       bool prev_end = expr_end(prev) || (prev == '`' && !bq_open);
       bool next_start = expr_start(next) || (next == '`' && !bq_open);
       bool drop = blank_eater(prev) || blank_eater(next) || next == RX_BLANK ||
+                  prev == '(' || next == ')' ||
                   (prev == '`' && bq_open) || (next == '`' && bq_open) ||
                   (prev == ')' && !next_start) || (next == '(' && !prev_end);
       if (!drop) out.push_back(t);

@@ -358,7 +358,7 @@ rx_clause* clauses::do_clause()
   p.cur_err = 27;
   if (p.peek() == SYMBOL) {
     rx_tok* name = p.tok();
-    if (d->loop_mode != DO_CONTROLLED)
+    if (!d->control)
       p.fail(27, name,
              "A \"END symbol\" clause may only be used with a controlled repetitive loop");
     if (std::strcmp(name->tok_value, d->control->tok_value) != 0)

@@ -94,10 +94,13 @@ rx_tok* parser::opt_expr() { return starts_expr(peek()) ? expr() : nullptr; }
 rx_tok* parser::binary(int level)
 {
   enter();
+  int spine = 1;  // each operator of a left-leaning chain deepens the tree
   rx_tok* lhs = unary();
   for (;;) {
     const binop* b = find_binop(peek());
     if (!b || b->level < level) break;
+    enter();
+    spine++;
     pos++;
     rx_tok* rhs = binary(b->level == POWER_LEVEL ? b->level : b->level + 1);
     rx_tok* n = node(OPC_BINARY, b->fx, lhs);
@@ -105,7 +108,7 @@ rx_tok* parser::binary(int level)
     rx_set_slot(n->tok_op->op_slot[1], rhs);
     lhs = n;
   }
-  leave();
+  depth -= spine;
   return lhs;
 }
 
