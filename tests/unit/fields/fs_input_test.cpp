@@ -43,6 +43,14 @@ TEST_F(Input, TypingOverwritesAndMovesOn) {
   EXPECT_EQ(col(), 5);
 }
 
+TEST_F(Input, LongTypingKeepsOrder) {
+  define({fld(1, 1, 1, 1, 60)});
+  asfcur(1, 1, 1);
+  std::string text = "the quick brown fox jumps over the lazy dog 0123456789";
+  read("type " + text + "\nkey enter");
+  EXPECT_EQ(get(1).substr(0, text.size()), text);
+}
+
 TEST_F(Input, LastCellOfLastFieldWrapsToFirstUsableField) {
   define({fld(1, 1, 1, 1, 5, 2), fld(2, 3, 1, 1, 3), fld(3, 10, 1, 1, 2)});
   asfcur(3, 1, 2);
@@ -508,6 +516,11 @@ TEST_F(Input, MouseModesAndClicks) {
   EXPECT_EQ(r.code, 21);
   asfupm(0);
   asfmousemode("WINDOWS");
+  char q[32];
+  asfclickdelay(0.25);
+  asqclickdelay(q, sizeof q);
+  EXPECT_STREQ(q, "..... is 0.25");
+  asfclickdelay(0.5);
   int id, l, c;
   asqmou(1, &id, &l, &c);
   EXPECT_EQ(id, 1);

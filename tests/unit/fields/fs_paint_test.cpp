@@ -216,6 +216,29 @@ TEST_F(Paint, FullPageEveryCellChanged) {
   EXPECT_EQ(rec->text[59], b);
 }
 
+TEST_F(Paint, DumpWithAttributes) {
+  fsend();
+  delete rec;
+  start(2, 4);
+  define({fld(1, 1, 2, 1, 2)});
+  asfhlt(1, 2);
+  asfcol(1, 3);
+  asfint(1, 2);
+  put(1, "ab");
+  asrefresh();
+  FILE *out = tmpfile();
+  fs_dump(out, 1);
+  rewind(out);
+  char buf[256] = {0};
+  size_t got = fread(buf, 1, sizeof buf - 1, out);
+  fclose(out);
+  EXPECT_EQ(std::string(buf, got),
+            " ab\n\nLine\n"  // the status line is cut to the grid's width
+            "hilite:\n0220\n0000\n"
+            "colour:\n$33$\n$$$$\n"
+            "intensity:\n1221\n1111\n");
+}
+
 // The headless layer reads a script file and dumps the screen to a stream.
 TEST(NullLayer, ScriptAndDump) {
   fs_plat *null = fs_plat_null(5, 20);
