@@ -185,9 +185,9 @@ int xfcm_get(const xfcmd &c)
         return 1;
     }
     if (first > L.size()) {
-        char m[64];
-        std::snprintf(m, sizeof m, "\" has only %d records", L.size());
-        xfmsgs("..... File " + path + (m + 1), 1);
+        char m[1400];
+        std::snprintf(m, sizeof m, "..... File %s has only %d records", path.c_str(), L.size());
+        xfmsgs(m, 1);
         cmd_rc = 1;
         return 1;
     }

@@ -200,6 +200,7 @@ int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st)
             if (buf[i] != '\n')
                 buf[i] = (char)readtab[(unsigned char)buf[i]];
 
+    st.ended_lf = n > 0 && buf[n - 1] == '\n'; // the split below overwrites it
     int32_t est = std::max<int32_t>(st.sizeest, 16);
     L.reserve(L.size() + est);
     int32_t sel = xv ? xv->select_new : 0;
@@ -231,10 +232,11 @@ int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st)
     }
     // A binary file that ends in a line feed gets an empty last line, so
     // that the writer can give back exactly the same bytes.
-    if (st.bin && n > 0 && buf[n - 1] == '\n')
-        store(buf + n, 0), buf[n] = 0;
+    if (st.bin && st.ended_lf) {
+        buf[n] = 0;
+        store(buf + n, 0);
+    }
     st.eol_kind = cr ? 0 : 1;
-    st.ended_lf = n > 0 && buf[n - 1] == '\n';
     if (L.size() == 1 && L[0].len == 1 && L[0].text[0] == 26 && fileconv_read == 2 && !st.bin) {
         L[0].text[0] = 0;
         L[0].len = 0;

@@ -1,0 +1,295 @@
+// Loading: record endings, blank stripping, binary detection, the refusals,
+// files found again, read-only detection, reload and the last-files list.
+#include <gtest/gtest.h>
+
+#include "commands/commands.h"
+#include "session/xed.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+std::string slurp(const std::string &p)
+{
+    std::ifstream in(p, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+void spit(const std::string &p, const std::string &data)
+{
+    std::ofstream(p, std::ios::binary) << data;
+}
+
+std::string line(int i) { return std::string(xf->lines[i].text, (size_t)xf->lines[i].len); }
+
+class Load : public ::testing::Test {
+protected:
+    std::string dir;
+
+    void SetUp() override
+    {
+        static bool once = false;
+        if (!once) {
+            cmd_init();
+            once = true;
+        }
+        char t[] = "/tmp/xed-load.XXXXXX";
+        dir = mkdtemp(t);
+        setenv("HOME", dir.c_str(), 1);
+        ASSERT_EQ(chdir(dir.c_str()), 0);
+        xfsession_reset();
+        autobin = 1;
+        autobin_allowed = std::string("\x09\x0a\x0c\x0d\x1a", 5);
+        load_limit = 0;
+        fileconv_read = 2;
+        eol_default = eol_empty = 1;
+        keepblanks_global = bin_global = -1;
+        topline = -1;
+        lastfiles_on = 1;
+        noreload_once = 0;
+        cdpath.assign(1, dir + "/");
+    }
+    void TearDown() override
+    {
+        xfsession_reset();
+        (void)!chdir("/");
+        (void)!std::system(("rm -rf '" + dir + "'").c_str());
+    }
+    // Loads `data` as `name`; the file is then current.
+    void load(const std::string &data, const std::string &name = "f.txt")
+    {
+        spit(dir + "/" + name, data);
+        ASSERT_EQ(xfedit(name), 0);
+        ASSERT_NE(xf, nullptr);
+    }
+    std::vector<std::string> all()
+    {
+        std::vector<std::string> v;
+        for (int i = 0; i < nbli(); i++)
+            v.push_back(line(i));
+        return v;
+    }
+    using V = std::vector<std::string>;
+};
+
+TEST_F(Load, RecordEndingsDecideTheFileKind)
+{
+    load("one\r\ntwo\r\n");
+    EXPECT_EQ(all(), (V{"one", "two"}));
+    EXPECT_EQ(xf->eol_kind, 0);
+    load("one\ntwo\n", "u.txt");
+    EXPECT_EQ(xf->eol_kind, 1);
+    load("one\ntwo\r\nthree\n", "m.txt");
+    EXPECT_EQ(all(), (V{"one", "two", "three"}));
+    EXPECT_EQ(xf->eol_kind, 0) << "any CR makes it a windows file";
+    load("a\r\r\r\nb\n", "cr.txt");
+    EXPECT_EQ(line(0), "a") << "all trailing CRs go";
+}
+
+TEST_F(Load, FileConvUnixKeepsCarriageReturns)
+{
+    fileconv_read = 1;
+    load("one\r\n");
+    EXPECT_EQ(line(0), "one\r");
+    EXPECT_EQ(xf->eol_kind, 1);
+}
+
+TEST_F(Load, EmptyFilesAndTheLastRecord)
+{
+    load("", "empty.txt");
+    EXPECT_EQ(nbli(), 0);
+    EXPECT_EQ(xf->eol_kind, eol_empty);
+    load("\n", "lf.txt");
+    EXPECT_EQ(all(), (V{""}));
+    load("a\nno end", "noend.txt");
+    EXPECT_EQ(all(), (V{"a", "no end"}));
+    load("\x1a", "eof.txt");
+    EXPECT_EQ(all(), (V{""}));
+    EXPECT_EQ(xf->eol_kind, 0) << "a lone byte 26 is an empty windows file";
+}
+
+TEST_F(Load, NoTopLineGivesAnEmptyFileOneLine)
+{
+    topline = 0;
+    load("", "empty.txt");
+    EXPECT_EQ(nbli(), 1);
+}
+
+TEST_F(Load, TrailingBlanksStripUnlessKept)
+{
+    load("a   \n   \n\nb  ");
+    EXPECT_EQ(all(), (V{"a", " ", "", "b "}))
+        << "a record keeps one character, the unended last one two";
+    keepblanks_global = 1;
+    load("a   \n   \n", "k.txt");
+    EXPECT_EQ(all(), (V{"a   ", "   "}));
+}
+
+TEST_F(Load, ControlBytesMakeAFileBinary)
+{
+    std::string data("ab\0cd \nxy \n", 11);
+    load(data, "b.dat");
+    EXPECT_EQ(xf->bin, 1);
+    EXPECT_EQ(xf->keepblanks, 1);
+    EXPECT_EQ(xf->eol_kind, 1);
+    ASSERT_EQ(nbli(), 3) << "an empty last line keeps the final line feed";
+    EXPECT_EQ(line(0), std::string("ab\0cd ", 6));
+    EXPECT_EQ(xf->lines[0].len, 6);
+    EXPECT_EQ(line(2), "");
+    EXPECT_EQ(last_message, "..... Binary mode (Found x'00') set for file " + dir + "/b.dat");
+
+    load("x\x01y\n", "one.dat");
+    EXPECT_EQ(xf->bin, 1);
+    load("tab\there\x0c\r\n", "text.dat");
+    EXPECT_EQ(xf->bin, 0) << "tab, form feed and CR are allowed";
+    autobin = 0;
+    load(data, "off.dat");
+    EXPECT_EQ(xf->bin, 0);
+    EXPECT_EQ(nbli(), 2);
+}
+
+TEST_F(Load, ControlByteBeyondTheFirstKilobyteIsText)
+{
+    std::string data(1024, 'a');
+    data += "\x01\n";
+    load(data);
+    EXPECT_EQ(xf->bin, 0);
+}
+
+TEST_F(Load, RefusalsLeaveTheRingAsItWas)
+{
+    load("keep\n", "keep.txt");
+    int before = nbfiles();
+    mkdir((dir + "/sub").c_str(), 0755);
+    EXPECT_EQ(xfedit("sub"), 1);
+    EXPECT_EQ(last_message, "..... Not an editable file");
+    EXPECT_EQ(xfedit("bad?name"), 1);
+    EXPECT_EQ(last_message, "..... File \"" + dir + "/bad?name\": not a valid file name");
+    EXPECT_EQ(xfedit(std::string(1199, 'x')), 1);
+    EXPECT_EQ(last_message, "..... File name too long");
+    spit(dir + "/big.txt", std::string(100, 'x'));
+    load_limit = 99;
+    EXPECT_EQ(xfedit("big.txt"), 1);
+    EXPECT_EQ(last_message, "..... File too big; use the LIMIT command");
+    load_limit = 100;
+    EXPECT_EQ(xfedit("big.txt"), 0);
+    EXPECT_EQ(nbfiles(), before + 1);
+    EXPECT_EQ(xf->fname, dir + "/big.txt");
+}
+
+TEST_F(Load, MissingFileIsANewEmptyFile)
+{
+    ASSERT_EQ(xfedit("new.txt"), 0);
+    EXPECT_EQ(nbli(), 0);
+    EXPECT_EQ(xf->mtime, 2147483647);
+    EXPECT_EQ(xf->fname, dir + "/new.txt");
+    EXPECT_EQ(xf->chgcount, 0);
+}
+
+TEST_F(Load, OpenFilesAreFoundAgainThroughLinks)
+{
+    load("x\n", "real.txt");
+    ASSERT_EQ(symlink("real.txt", (dir + "/link.txt").c_str()), 0);
+    int k = xfidx;
+    load("", "other.txt");
+    ASSERT_EQ(xfedit(dir + "/link.txt"), 0);
+    EXPECT_EQ(nbfiles(), 2);
+    EXPECT_EQ(xfidx, k);
+    ASSERT_EQ(xfedit("./real.txt"), 0);
+    EXPECT_EQ(nbfiles(), 2);
+}
+
+TEST_F(Load, CAndCppAreTriedForEachOther)
+{
+    spit(dir + "/prog.cpp", "int main;\n");
+    ASSERT_EQ(xfedit("prog.c"), 0);
+    EXPECT_EQ(xf->fname, dir + "/prog.cpp");
+    EXPECT_EQ(xfedit("none.c", dir, false), 0);
+    EXPECT_EQ(xf->fname, dir + "/none.c") << "neither exists: a new file of the given name";
+}
+
+TEST_F(Load, RelativeNamesAreLookedForThroughTheCdPath)
+{
+    mkdir((dir + "/away").c_str(), 0755);
+    spit(dir + "/away/far.txt", "far\n");
+    cdpath.assign({dir + "/nowhere/", dir + "/away/"});
+    mkdir((dir + "/here").c_str(), 0755);
+    ASSERT_EQ(xfedit("far.txt", dir + "/here", false), 0);
+    EXPECT_EQ(xf->fname, dir + "/away/far.txt");
+    ASSERT_EQ(xfedit("near.txt", dir + "/here", false), 0);
+    EXPECT_EQ(xf->fname, dir + "/here/near.txt") << "a new file goes in the directory";
+}
+
+TEST_F(Load, ReadOnlyFromTheModeBits)
+{
+    spit(dir + "/ro.txt", "r\n");
+    chmod((dir + "/ro.txt").c_str(), 0444);
+    ASSERT_EQ(xfedit("ro.txt"), 0);
+    EXPECT_EQ(xf->rw, 0);
+    EXPECT_EQ(last_message, "..... File \"" + dir + "/ro.txt\" is read-only - RW OFF");
+    cmd_rc = 0;
+    xfcmdline("save");
+    EXPECT_EQ(cmd_rc, 1);
+    EXPECT_EQ(last_message, "..... Read only file; use the \"RW ON\" command before");
+}
+
+TEST_F(Load, ReloadOnlyAnUnchangedFile)
+{
+    load("old\n", "r.txt");
+    int k = xfidx;
+    load("other\n", "o.txt");
+    spit(dir + "/r.txt", "new\nlines\n");
+    files[(size_t)k]->mtime -= 10;
+    EXPECT_TRUE(xfreload_all());
+    xfsetfile(k);
+    EXPECT_EQ(xf->fname, dir + "/r.txt");
+    EXPECT_EQ(all(), (V{"new", "lines"}));
+    EXPECT_EQ(slurp(dir + "/r.txt%"), "old\n") << "the previous text is kept aside";
+
+    xf_do('r', std::string_view("mine"), 0, "test");
+    spit(dir + "/r.txt", "newer\n");
+    xf->mtime -= 10;
+    EXPECT_FALSE(xfreload_all());
+    EXPECT_EQ(line(0), "mine") << "a changed text is never replaced";
+}
+
+TEST_F(Load, LastFilesNewestFirstEachOnce)
+{
+    load("", "a.txt");
+    load("", "bb.txt");
+    load("", "a.txt");
+    xfedit("a.txt"); // already open: no load, no entry
+    std::string list = slurp(dir + "/vorta.lastfiles");
+    std::istringstream in(list);
+    std::string l1, l2, l3;
+    std::getline(in, l1);
+    std::getline(in, l2);
+    EXPECT_FALSE(std::getline(in, l3));
+    EXPECT_EQ(l1.rfind("\"" + dir + "/bb.txt\" ", 0), 0u) << l1;
+    EXPECT_EQ(l2.rfind("\"" + dir + "/a.txt\"  ", 0), 0u) << "padded to the longest name: " << l2;
+}
+
+TEST_F(Load, GetBringsARangeAsOneChange)
+{
+    spit(dir + "/src.txt", "1\n2\n3\n4\n");
+    load("a\nb\n");
+    curline() = 0;
+    xfcmdline("get src.txt 2 2");
+    EXPECT_EQ(all(), (V{"a", "2", "3", "b"}));
+    EXPECT_EQ(curline(), 2);
+    xfcmdline("get src.txt 9");
+    EXPECT_EQ(last_message, "..... File " + dir + "/src.txt has only 4 records");
+    xfcmdline("get nothing.txt");
+    EXPECT_EQ(last_message, "..... File not found");
+    xf->group_open = 1;
+    xfcmdline("undo");
+    EXPECT_EQ(all(), (V{"a", "b"}));
+}
+
+} // namespace
