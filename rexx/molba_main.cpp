@@ -71,7 +71,8 @@ int main(int argc, char** argv)
   rx_prog prog;
   rx_err err;
   if (int e = rx_parse(prog, src.text.data(), src.text.size(), err)) {
-    std::fputs(rx_error_report(src, err).c_str(), stderr);
+    std::string report = rx_error_report(src, err);
+    std::fwrite(report.data(), 1, report.size(), stderr);
     return e;
   }
   return run_program(prog, src, program_argument(argc, argv));

@@ -1,0 +1,4 @@
+select
+  when a = 1 then say 'one'
+  say 'two'
+end

@@ -1,0 +1,3 @@
+select
+  say 1
+end

@@ -1,0 +1,2 @@
+x = 1
+say x; else say 0

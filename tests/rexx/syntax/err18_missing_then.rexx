@@ -1,0 +1,3 @@
+if a = 1
+  say 'one'
+say 'after'

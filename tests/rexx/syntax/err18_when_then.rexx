@@ -1,0 +1,3 @@
+select
+  when a say 1
+end

@@ -1,0 +1,1 @@
+numeric form fancy

@@ -1,0 +1,1 @@
+option lower sideways

@@ -1,0 +1,2 @@
+do i = 1 to
+end

@@ -1,0 +1,3 @@
+do i = 1 to 2
+  nop
+end j

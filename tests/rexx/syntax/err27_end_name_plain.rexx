@@ -1,0 +1,3 @@
+do 3
+  nop
+end i

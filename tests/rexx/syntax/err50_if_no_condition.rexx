@@ -1,0 +1,1 @@
+if then say 1

@@ -1,0 +1,2 @@
+if a then select b
+end

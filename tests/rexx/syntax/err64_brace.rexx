@@ -1,0 +1,2 @@
+if a then {
+  say 1

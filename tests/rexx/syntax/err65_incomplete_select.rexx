@@ -1,0 +1,2 @@
+select
+  when a then nop
