@@ -255,7 +255,8 @@ struct pass1 {
     case DROP: case INTERPRET: case UPPER: case LOWER:
       return cs && !in_w(nt) && nt != ';';
     case IF:
-      if (!cs || in_w(nt) || nt == ';') return false;
+      // A prefix operator may open the condition ("if \found then").
+      if (!cs || in_b(nt) || nt == ';') return false;
       then_wait = true;
       return true;
     case THEN:

@@ -7,6 +7,7 @@
 #include "rexx/parse_int.h"
 
 #include <cstring>
+#include <new>
 
 namespace {
 
@@ -799,6 +800,13 @@ int rx_parse_tokens(rx_prog& prog, rx_err& err)
     p.program();
   } catch (const parse_fail&) {
     prog.block_head = nullptr;
+    return err.err_num;
+  } catch (const std::bad_alloc&) {
+    prog.block_head = nullptr;
+    err.err_num = 62;
+    const rx_tok* at = p.tok();
+    err.err_line = at ? at->tok_line : 0;
+    err.err_col = at ? at->tok_col : 0;
     return err.err_num;
   }
   return 0;

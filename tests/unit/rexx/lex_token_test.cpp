@@ -183,6 +183,10 @@ TEST(Lex2Keywords, ThenElseSettling)
             "IF s:A THEN s:X = n:1 ELSE s:X = n:2 ;");
   // Without a waiting IF, THEN is a symbol; a THEN that labels stays a label.
   EXPECT_EQ(toks("say then"), "SAY s:THEN ;");
+  // A prefix operator may open a condition; other operators make IF a variable.
+  EXPECT_EQ(toks("if \\found then nop"), "IF OP_NOT s:FOUND THEN NOP ;");
+  EXPECT_EQ(toks("if -x > 0 then nop"), "IF - s:X > n:0 THEN NOP ;");
+  EXPECT_EQ(toks("if * 2"), "s:IF * n:2 ;");
   EXPECT_EQ(toks("x = 1\nthen: nop"), "s:X = n:1 ; s:THEN : ; NOP ;");
   EXPECT_EQ(toks("x = 1\nelse = 2"), "s:X = n:1 ; ELSE = n:2 ;");
   EXPECT_EQ(toks("select\nwhen a\nthen nop\notherwise\nnop\nend"),
