@@ -206,15 +206,18 @@ int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st)
     int32_t sel = xv ? xv->select_new : 0;
     bool cr = false;
     char *p = buf, *end = buf + n;
+    // Slots are opened a chunk at a time; the unused rest is closed after.
+    int32_t used = L.size();
     auto store = [&](char *text, int64_t len) {
-        if (L.size() >= L.capacity() - 1) {
-            L.reserve(L.capacity() + est);
-            if (est < est_cap)
-                est *= 2;
+        if (used == L.size()) {
+            if (L.size() >= L.capacity() - 1) {
+                L.reserve(L.capacity() + est);
+                if (est < est_cap)
+                    est *= 2;
+            }
+            L.open(used, std::min<int32_t>(65536, L.capacity() - 1 - used));
         }
-        int32_t at = L.size();
-        L.open(at, 1);
-        L[at] = {text, (int32_t)len, 0, sel};
+        L[used++] = {text, (int32_t)len, 0, sel};
     };
     while (p < end) {
         char *q = (char *)std::memchr(p, '\n', (size_t)(end - p));
@@ -223,6 +226,7 @@ int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st)
         if (len > max_linelen || L.size() >= max_lines) {
             st.status = len > max_linelen ? 5 : 6;
             L.close(0, L.size());
+            used = 0;
             std::free(buf);
             return st.status;
         }
@@ -236,6 +240,7 @@ int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st)
         buf[n] = 0;
         store(buf + n, 0);
     }
+    L.close(used, L.size() - used);
     st.eol_kind = cr ? 0 : 1;
     if (L.size() == 1 && L[0].len == 1 && L[0].text[0] == 26 && fileconv_read == 2 && !st.bin) {
         L[0].text[0] = 0;
