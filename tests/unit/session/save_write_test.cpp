@@ -200,6 +200,50 @@ TEST_F(Save, BinaryComesBackByteForByte)
     }
 }
 
+TEST_F(Save, WriteProtectedOnDiskIsRefused)
+{
+    load("a\n");
+    change(0, "b");
+    chmod(path("f.txt").c_str(), 0444);
+    run("save");
+    EXPECT_EQ(cmd_rc, 1);
+    EXPECT_EQ(slurp(path("f.txt")), "a\n") << "the disk file is untouched";
+    EXPECT_FALSE(there(path("f.txt%")));
+    run("file");
+    EXPECT_EQ(cmd_rc, 3);
+    EXPECT_EQ(nbfiles(), 1);
+}
+
+// Read-only decided from the mode bits for a user who is not the owner:
+// run in a child as an ordinary user.
+TEST_F(Save, ModeBitsForAnotherUser)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "needs root to become another user";
+    chmod(dir.c_str(), 0777);
+    spit(path("theirs.txt"), "t\n");
+    spit(path("shared.txt"), "s\n");
+    chmod(path("theirs.txt").c_str(), 0644);
+    chmod(path("shared.txt").c_str(), 0666);
+    pid_t pid = fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        if (setgid(65534) != 0 || setuid(65534) != 0)
+            _exit(2);
+        int bad = 0;
+        if (xfedit("theirs.txt") != 0 || xf->rw != 0 ||
+            last_message != "..... File \"" + path("theirs.txt") + "\" is read-only - RW OFF")
+            bad |= 4;
+        if (xfedit("shared.txt") != 0 || xf->rw != 1)
+            bad |= 8;
+        _exit(bad);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
 TEST_F(Save, BackupOffRemovesTheBackup)
 {
     load("a\n");
@@ -274,24 +318,25 @@ TEST_F(Save, FailedWriteLosesNothing)
 TEST_F(Save, AutosaveEveryNChanges)
 {
     load("a\nb\n");
-    autosave_count = 3;
+    autosave_count = 5;
     std::string name = xfautoname(xfidx);
     std::string flat = dir + "/";
     for (auto &c : flat)
         if (c == '/')
             c = '_';
     EXPECT_EQ(name, "./autosave" + std::to_string(getpid()) + flat + "_f.txt_");
-    for (int i = 0; i < 2; i++) {
+    for (int i = 0; i < 4; i++) {
         xfcycle_begin();
         change(0, "x" + std::to_string(i));
         xfcycle_end();
     }
     EXPECT_FALSE(there(name));
     xfcycle_begin();
-    change(1, "third");
+    change(1, "fifth");
     xfcycle_end();
     ASSERT_TRUE(there(name));
-    EXPECT_EQ(slurp(name), "x1\nthird\n");
+    EXPECT_EQ(slurp(name), "x3\nfifth\n");
+    EXPECT_EQ(last_message, "..... Autosaved as " + name);
     EXPECT_EQ(xf->chgsince, 0);
     EXPECT_NE(xf->chgcount, 0) << "the file itself stays changed";
     run("save");
