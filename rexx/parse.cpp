@@ -60,6 +60,7 @@ static_assert(sizeof parsesrc_tab / sizeof parsesrc_tab[0] == 8);
 
 unsigned label_hash(const char* s, size_t n)
 {
+  if (n == 0) return 0;
   int h = static_cast<signed char>(s[0]);
   for (size_t i = 1; i <= n; i++) {
     int b = i < n ? static_cast<signed char>(s[i]) : 0;
@@ -157,6 +158,18 @@ rx_cell* parser::close_block()
 
 void parser::append(rx_clause* c)
 {
+  if (c->kind == K_LABEL) {
+    auto* lab = static_cast<rx_cl_label*>(c);
+    if (!rx_label_find(prog, lab->name, lab->len)) {
+      rx_label* l = a.make<rx_label>();
+      l->name = lab->name;
+      l->len = lab->len;
+      l->cell = current_cell;
+      unsigned h = label_hash(lab->name, lab->len);
+      l->next = prog.labels[h];
+      prog.labels[h] = l;
+    }
+  }
   current_cell->cl = c;
   current_cell->next = a.make<rx_cell>();
   current_cell = current_cell->next;
@@ -728,15 +741,6 @@ rx_clause* clauses::label(rx_tok* name)
   c->name = text;
   c->len = name->tok_len;
   c->frame = p.frame;
-  if (!rx_label_find(p.prog, text, c->len)) {
-    rx_label* l = p.a.make<rx_label>();
-    l->name = text;
-    l->len = c->len;
-    l->cell.cl = c;
-    unsigned h = c->len ? label_hash(text, c->len) : 0;
-    l->next = p.prog.labels[h];
-    p.prog.labels[h] = l;
-  }
   return c;
 }
 
@@ -784,7 +788,7 @@ rx_clause* clauses::command()
 
 const rx_label* rx_label_find(const rx_prog& prog, const char* name, size_t len)
 {
-  unsigned h = len ? label_hash(name, len) : 0;
+  unsigned h = label_hash(name, len);
   for (const rx_label* l = prog.labels[h]; l; l = l->next)
     if (static_cast<size_t>(l->len) == len && std::memcmp(l->name, name, len) == 0) return l;
   return nullptr;

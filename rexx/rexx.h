@@ -330,11 +330,12 @@ struct rx_prog {
   rx_options opts;                  // options set by OPTION clauses
 };
 
-// A label table entry: a copy of the label's cell.
+// A label table entry. It points at the label's own cell rather than holding
+// a copy, so that a jump to the label runs on through the cells after it.
 struct rx_label {
   const char* name;        // folded label name
   int32_t len;             // its length
-  rx_cell cell;            // copy of the cell that holds the label clause
+  rx_cell* cell;           // the cell that holds the label clause
   rx_label* next;          // next entry of the bucket
 };
 

@@ -235,12 +235,15 @@ TEST(ParseClauses, LabelsEnterTheLabelTable)
   const rx_label* l = rx_label_find(p, "START", 5);
   ASSERT_NE(l, nullptr);
   // The first of two equal labels stays.
-  EXPECT_EQ(l->cell.cl, p.block_head->cl);
-  auto* lab = static_cast<const rx_cl_label*>(l->cell.cl);
+  EXPECT_EQ(l->cell, p.block_head);
+  // Running on from the label reaches the clauses after it.
+  ASSERT_NE(l->cell->next, nullptr);
+  EXPECT_EQ(l->cell->next->cl->kind, K_DO);
+  auto* lab = static_cast<const rx_cl_label*>(l->cell->cl);
   EXPECT_EQ(lab->frame, nullptr);
   const rx_label* in = rx_label_find(p, "INNER", 5);
   ASSERT_NE(in, nullptr);
-  EXPECT_NE(static_cast<const rx_cl_label*>(in->cell.cl)->frame, nullptr);
+  EXPECT_NE(static_cast<const rx_cl_label*>(in->cell->cl)->frame, nullptr);
   EXPECT_NE(rx_label_find(p, "Quoted", 6), nullptr);
   EXPECT_EQ(rx_label_find(p, "QUOTED", 6), nullptr);
   EXPECT_EQ(rx_label_find(p, "start", 5), nullptr);
