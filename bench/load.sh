@@ -25,16 +25,17 @@ awk 'BEGIN {
 }' > "$big"
 size=$(stat -c %s "$big")
 
-# One measurement: "seconds peak_kb" of a command.
+# One measurement: "seconds peak_kb cpu_seconds" of a command.  CPU time
+# (user + system) is the steadier figure on a machine shared with others.
 measure() {
-  /usr/bin/time -f "%e %M" -o "$work/t" "$@" >/dev/null 2>&1 || true
-  cat "$work/t"
+  /usr/bin/time -f "%e %M %U %S" -o "$work/t" "$@" >/dev/null 2>&1 || true
+  awk '{ print $1, $2, $3 + $4 }' "$work/t"
 }
 
-# Median of the runs of a command: prints "seconds peak_kb".
+# Median of the runs of a command: prints "seconds peak_kb cpu_seconds".
 median() {
   for _ in $(seq "$runs"); do measure "$@"; done | sort -n | awk -v n="$runs" \
-    '{ t[NR] = $1; m[NR] = $2 } END { i = int((n + 1) / 2); print t[i], m[i] }'
+    '{ t[NR] = $1; m[NR] = $2; c[NR] = $3 } END { i = int((n + 1) / 2); print t[i], m[i], c[i] }'
 }
 
 cd "$work"
@@ -42,9 +43,10 @@ mkdir -p home
 export HOME=$work/home
 lines=$(wc -l < "$big")
 echo "file: $lines lines, $size bytes"
-read -r t m <<<"$(median wc -l "$big")"
-echo "wc -l:               $t s  peak ${m} kB"
-read -r t m <<<"$(median "$xed" -batch -np -c qquit "$big")"
-echo "load and QQUIT:      $t s  peak ${m} kB  ($(awk -v m="$m" -v s="$size" 'BEGIN { printf "%.2f", m * 1024 / s }')x file size)"
-read -r t m <<<"$(median "$xed" -batch -np -c file "$big")"
-echo "load and FILE:       $t s  peak ${m} kB  ($(awk -v m="$m" -v s="$size" 'BEGIN { printf "%.2f", m * 1024 / s }')x file size)"
+ratio() { awk -v m="$1" -v s="$size" 'BEGIN { printf "%.2f", m * 1024 / s }'; }
+read -r t m c <<<"$(median wc -l "$big")"
+echo "wc -l:               $t s  cpu $c s  peak ${m} kB"
+read -r t m c <<<"$(median "$xed" -batch -np -c qquit "$big")"
+echo "load and QQUIT:      $t s  cpu $c s  peak ${m} kB  ($(ratio "$m")x file size)"
+read -r t m c <<<"$(median "$xed" -batch -np -c file "$big")"
+echo "load and FILE:       $t s  cpu $c s  peak ${m} kB  ($(ratio "$m")x file size)"

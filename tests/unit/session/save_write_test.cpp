@@ -390,6 +390,25 @@ TEST_F(Save, OutOfMemoryLeavesCheckCopies)
     EXPECT_EQ(slurp(path("a.txt")), "a1\na2\n") << "the file itself is untouched";
 }
 
+TEST_F(Save, InternalErrorRescuesChangedFiles)
+{
+    load("x1\n", "x.txt");
+    load("y1\n", "y.txt");
+    pid_t pid = fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {
+        change(0, "Y1");
+        xfinterr(7);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_NE(WEXITSTATUS(status), 0);
+    EXPECT_EQ(slurp(path("y.txt.check")), "Y1\n");
+    EXPECT_FALSE(there(path("x.txt.check")));
+    EXPECT_EQ(slurp(path("y.txt")), "y1\n");
+}
+
 TEST_F(Save, RestartListsTheRing)
 {
     load("x\n", "one.txt");
