@@ -106,6 +106,8 @@ int save(const xfcmd &c, unsigned how)
         cmd_rc = 5;
         return 1;
     }
+    // Operands that spell the file's own name make a plain save.
+    named = named && target != xf->fname;
     return xfsave(target, how & SV_FORCE, how & SV_KEEP, how & SV_DOS, how & SV_VERIFY, named);
 }
 

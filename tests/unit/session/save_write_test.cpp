@@ -168,6 +168,8 @@ TEST_F(Save, OtherNameLeavesTheFileAlone)
     EXPECT_EQ(cmd_rc, 0) << "fn alone keeps the extension";
     run("save = dat");
     EXPECT_TRUE(there(path("f.dat")));
+    run("save f.txt");
+    EXPECT_EQ(xf->chgcount, 0) << "its own name is a plain save";
     run("save a b c d");
     EXPECT_EQ(cmd_rc, 5);
     EXPECT_EQ(last_message, "..... Invalid parameters");
