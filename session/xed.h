@@ -181,6 +181,25 @@ struct xview {
     int32_t display_lo = 0, display_hi = 0; // DISPLAY range
     int32_t scope = 0;     // 0 DISPLAY, 1 ALL, 2 inverse
     std::vector<std::string> msgs; // message area: texts in order
+
+    // The page: where the view stands and the fields it was last drawn with.
+    int32_t x0 = 1, y0 = 1;   // first column and row in the grid, from 1
+    int32_t ncols = 80, nrows = 24; // size of the view
+    int32_t cmdline_pos = 1;  // +-1 top, +-2 bottom; negative: CMDLINE OFF
+    int32_t curline_row = 0;  // CURLINE row in the file area, 0 the middle
+    int32_t shadow = 1;       // SHADOW ON
+    int32_t prefix_width = 5; // digits of the prefix area at the last draw
+    size_t msgshown = 0;      // messages of msgs already drawn
+    struct rowmap {
+        int32_t fld;          // text field of the row, 0 none
+        int32_t li;           // line index, -1 top, nbli end, -3 shadow
+        int32_t pfx;          // prefix field, 0 none
+        int32_t col0;         // first line column shown (from 0)
+        int32_t len;          // width of the text field
+    };
+    std::vector<rowmap> rows; // one per file row, top to bottom
+    int32_t cmdfield = 0;     // command line field
+    int32_t msgfield = 0;     // message line field
 };
 
 // ---------------------------------------------------------------------------
