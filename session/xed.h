@@ -103,8 +103,9 @@ struct xfpend {
 
 // The bytes of a loaded file, split into lines in place: the texts of the
 // lines read at load point into this block.  xftext_free knows such texts
-// and leaves them to the block, which goes with its file; a text that moves
-// to another file must therefore be copied.
+// and leaves them to the block, which goes with its file.  So a line's text
+// is never given to free or realloc directly, and a text that moves to
+// another file is copied.
 struct xftextblock {
     char *base = nullptr;  // first byte, null when none
     size_t size = 0;       // bytes in the block
