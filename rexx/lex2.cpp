@@ -585,8 +585,16 @@ void rx_fold_case(char* s, size_t n, int32_t symcase)
 void rx_lex2(rx_prog& prog)
 {
   if (prog.toks.empty()) return;
-  pass1 p1{prog, *prog.arena, prog.toks, {}};
-  p1.run();
-  std::vector<rx_tok*> p2 = pass2(*prog.arena, p1.out);
+  // Each array is let go as soon as the next one is made, so that at most
+  // two arrays of pointers exist at a time.
+  std::vector<rx_tok*> p1out;
+  {
+    pass1 p1{prog, *prog.arena, prog.toks, {}};
+    p1.run();
+    p1out.swap(p1.out);
+  }
+  std::vector<rx_tok*>().swap(prog.toks);
+  std::vector<rx_tok*> p2 = pass2(*prog.arena, p1out);
+  std::vector<rx_tok*>().swap(p1out);
   prog.toks = pass3(prog, p2);
 }

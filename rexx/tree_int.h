@@ -10,8 +10,14 @@
 #include <new>
 #include <type_traits>
 
+#ifdef XED_TINY_GROWTH
+constexpr size_t RX_ARENA_CHUNK = 256;  // chunk changes all the time in tests
+#else
+constexpr size_t RX_ARENA_CHUNK = 64 * 1024;
+#endif
+
 struct rx_arena {
-  static constexpr size_t CHUNK = 64 * 1024;  // bytes per ordinary chunk
+  static constexpr size_t CHUNK = RX_ARENA_CHUNK;  // bytes per ordinary chunk
 
   std::vector<std::unique_ptr<char[]>> chunks;  // every chunk handed out
   char* cur = nullptr;                          // free space of the last chunk
