@@ -818,7 +818,14 @@ int rx_parse_tokens(rx_prog& prog, rx_err& err)
 
 int rx_parse(rx_prog& prog, const char* text, size_t len, rx_err& err)
 {
-  if (int e = rx_lex(prog, text, len, 0, err)) return e;
-  rx_lex2(prog);
+  try {
+    if (int e = rx_lex(prog, text, len, 0, err)) return e;
+    rx_lex2(prog);
+  } catch (const std::bad_alloc&) {
+    prog.toks.clear();
+    err.err_num = 62;
+    err.err_line = err.err_col = 0;
+    return err.err_num;
+  }
   return rx_parse_tokens(prog, err);
 }

@@ -6,6 +6,9 @@
 
 #include <chrono>
 #include <string>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -140,6 +143,35 @@ TEST(ParseErrors, OddInputsFailCleanlyOrParse)
   EXPECT_NE(e.err_num, 0);
   std::string nul("say 1\0 2", 8);
   EXPECT_EQ(parse_err(nul).err_num, 55);
+}
+
+TEST(ParseErrors, ExhaustedMemoryIsError62)
+{
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the address sanitizer needs more address space than the limit leaves";
+#else
+  // In a child: with the address space capped, a large program cannot be
+  // held, and the parse must end with 62 instead of dying.
+  pid_t pid = fork();
+  ASSERT_GE(pid, 0);
+  if (pid == 0) {
+    std::string text;
+    for (int i = 0; i < 200000; i++) text += "say a b c d e f g h i j k l m n o p q r s t u v w x y z\n";
+    rlimit lim{};
+    getrlimit(RLIMIT_AS, &lim);
+    rlimit cap = lim;
+    cap.rlim_cur = 160u << 20;
+    if (setrlimit(RLIMIT_AS, &cap) != 0) _exit(2);
+    rx_prog p;
+    rx_err e;
+    int rc = rx_parse(p, text.data(), text.size(), e);
+    _exit(rc == 62 ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(pid, &status, 0), pid);
+  ASSERT_TRUE(WIFEXITED(status)) << "child died instead of reporting";
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+#endif
 }
 
 TEST(ErrorReport, ProgramPreludeAndInterpretedForms)
