@@ -150,7 +150,8 @@ std::string val_string(const value& v) {
 }
 
 double rx_round(double d, int digits) {
-  if (digits >= RX_MAX_DIGITS || d == std::floor(d) || !std::isfinite(d)) return d;
+  // Every double from 2^53 up is whole; below, a cast tells without a call.
+  if (digits >= RX_MAX_DIGITS || !(std::fabs(d) < 9e15) || (double)(long long)d == d) return d;
   // Fast path with the same result as the text round trip: scale by an
   // exact power of ten to an integer part of `digits` digits, round, and
   // scale back with one correctly rounded operation, which is what reading

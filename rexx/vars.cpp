@@ -2,6 +2,7 @@
 // links, assignment, DROP, EXPOSE, tail derivation and CVTAILS.
 #include "rexx/vars.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -11,44 +12,53 @@ bool vars_setenv_hook = false;
 
 namespace {
 
-// Tables of popped frames, kept zeroed for the next PROCEDURE: a hot
-// routine then pays no allocation of its bucket table.
-std::vector<var_entry**> spare;
-constexpr size_t SPARE_MAX = 64;
+// Names are short: a byte loop beats a call to memcmp.
+inline bool same(const char* a, const char* b, size_t n) {
+  if (n > 16) return memcmp(a, b, n) == 0;
+  for (size_t i = 0; i < n; i++)
+    if (a[i] != b[i]) return false;
+  return true;
+}
 
-var_entry** table_of(var_frame* f) {
-  if (!f->buckets) {
-    if (!spare.empty()) {
-      f->buckets = spare.back();
-      spare.pop_back();
-    } else {
-      f->buckets = (var_entry**)calloc(VAR_BUCKETS, sizeof(var_entry*));
-      if (!f->buckets) abort();
-    }
+uint64_t wide_hash(const char* name, size_t len) {
+  uint64_t h = 0xcbf29ce484222325ull;
+  for (size_t i = 0; i < len; i++) h = (h ^ (unsigned char)name[i]) * 0x100000001b3ull;
+  return h ^ (h >> 29);
+}
+
+void grow(var_frame* f) {
+  uint32_t cap = f->cap ? f->cap * 2 : 16;
+  var_slot* slots = (var_slot*)calloc(cap, sizeof(var_slot));
+  if (!slots) abort();
+  for (uint32_t i = 0; i < f->cap; i++) {
+    if (!f->slots[i].entry) continue;
+    uint32_t k = (uint32_t)f->slots[i].hash & (cap - 1);
+    while (slots[k].entry) k = (k + 1) & (cap - 1);
+    slots[k] = f->slots[i];
   }
-  return f->buckets;
+  free(f->slots);
+  f->slots = slots;
+  f->cap = cap;
 }
 
-var_entry* make_entry(var_frame* f, const char* name, size_t len) {
-  var_entry** t = table_of(f);
-  void* mem = malloc(sizeof(var_entry) + len + 1);
-  if (!mem) abort();
-  var_entry* e = new (mem) var_entry{};
-  e->var_name = (char*)(e + 1);
-  memcpy(e->var_name, name, len);
-  e->var_name[len] = 0;
-  e->var_name_len = (int32_t)len;
-  uint32_t h = var_hash(name, len);
-  if (!t[h]) f->used.push_back((int32_t)h);
-  e->next = t[h];
-  t[h] = e;
-  return e;
+var_entry* index_find(var_frame* f, const char* name, size_t len) {
+  if (!f->cap) return nullptr;
+  uint64_t h = wide_hash(name, len);
+  for (uint32_t k = (uint32_t)h & (f->cap - 1);; k = (k + 1) & (f->cap - 1)) {
+    const var_slot& s = f->slots[k];
+    if (!s.entry) return nullptr;
+    if (s.hash == h && (size_t)s.entry->var_name_len == len && same(s.entry->var_name, name, len))
+      return s.entry;
+  }
 }
 
-void free_entry(var_entry* e) {
-  delete e->tails;
-  e->~var_entry();
-  free(e);
+void index_add(var_frame* f, var_entry* e) {
+  if ((f->used + 1) * 2 > f->cap) grow(f);
+  uint64_t h = wide_hash(e->var_name, (size_t)e->var_name_len);
+  uint32_t k = (uint32_t)h & (f->cap - 1);
+  while (f->slots[k].entry) k = (k + 1) & (f->cap - 1);
+  f->slots[k] = {h, e};
+  f->used++;
 }
 
 // The stem key of a compound: the stem, then '+'.
@@ -69,6 +79,95 @@ struct key_buf {
   }
 };
 
+// A compound whose whole tail is one plain number ("A.17", not "A.017" nor
+// "A.1.2"): gives the stem length and the number.
+bool number_tail(const char* name, size_t len, size_t& stem_len, uint32_t& n) {
+  const char* dot = (const char*)memchr(name, '.', len);
+  if (!dot || dot == name) return false;
+  size_t p = (size_t)(dot - name) + 1, digits = len - p;
+  if (digits == 0 || digits > 9 || (digits > 1 && name[p] == '0')) return false;
+  uint32_t v = 0;
+  for (size_t i = p; i < len; i++) {
+    if (name[i] < '0' || name[i] > '9') return false;
+    v = v * 10 + (uint32_t)(name[i] - '0');
+  }
+  stem_len = p - 1;
+  n = v;
+  return true;
+}
+
+// Whether a stem's number array should take tail n: it grows while it stays
+// at most half empty, so a sparse stem never holds a huge array.
+bool array_takes(const var_stem* st, uint32_t n) {
+  return n < st->nums.size() || n < 2 * st->tails.size() + 64;
+}
+
+var_entry* new_entry(var_frame* f, const char* name, size_t len) {
+  void* mem = malloc(sizeof(var_entry) + len + 1);
+  if (!mem) abort();
+  var_entry* e = new (mem) var_entry{};
+  e->var_name = (char*)(e + 1);
+  memcpy(e->var_name, name, len);
+  e->var_name[len] = 0;
+  e->var_name_len = (int32_t)len;
+  e->var_seq = (uint32_t)f->all.size();
+  f->all.push_back(e);
+  return e;
+}
+
+// Makes an entry in this frame. A compound is also listed under its stem
+// key, made here when missing, and a plain-number tail goes to the stem's
+// array rather than the index.
+var_entry* make_entry(var_frame* f, const char* name, size_t len) {
+  var_entry* e = new_entry(f, name, len);
+  const char* dot = (const char*)memchr(name, '.', len);
+  if (!dot || dot == name || (size_t)(dot - name) + 1 == len) {
+    index_add(f, e);
+    return e;
+  }
+  size_t stem_len = (size_t)(dot - name);
+  key_buf k(name, stem_len);
+  var_entry* key = index_find(f, k.p, k.n);
+  if (!key) {
+    key = new_entry(f, k.p, k.n);
+    index_add(f, key);
+  }
+  if (!key->stem) key->stem = new var_stem;
+  var_stem* st = key->stem;
+  st->tails.push_back(e);
+  uint32_t n;
+  if (number_tail(name, len, stem_len, n) && array_takes(st, n)) {
+    if (n >= st->nums.size()) st->nums.resize(std::max<size_t>(n + 1, st->nums.size() * 2), nullptr);
+    st->nums[n] = e;
+  } else {
+    index_add(f, e);
+  }
+  return e;
+}
+
+// The entries of a frame in the classic bucket order: by bucket, and the
+// newest first within one.
+std::vector<var_entry*> in_bucket_order(var_frame* f) {
+  std::vector<std::pair<uint64_t, var_entry*>> keyed;
+  keyed.reserve(f->all.size());
+  for (var_entry* e : f->all) {
+    uint64_t bucket = var_hash(e->var_name, (size_t)e->var_name_len);
+    keyed.push_back({(bucket << 32) | (0xFFFFFFFFu - e->var_seq), e});
+  }
+  std::sort(keyed.begin(), keyed.end(),
+            [](const auto& x, const auto& y) { return x.first < y.first; });
+  std::vector<var_entry*> out;
+  out.reserve(keyed.size());
+  for (auto& k : keyed) out.push_back(k.second);
+  return out;
+}
+
+void free_entry(var_entry* e) {
+  delete e->stem;
+  e->~var_entry();
+  free(e);
+}
+
 void unset(var_entry* e) {
   e->var_state = VAR_DROPPED;
   e->var_value.set_str("", 0);
@@ -81,15 +180,6 @@ var_frame* stem_home(var_frame* f, const key_buf& k, var_entry*& key) {
     if (!key || key->var_state != VAR_EXPOSED || !f->outer) return f;
     f = f->outer;
   }
-}
-
-void add_tail(var_frame* f, const char* name, size_t stem_len, var_entry* key, var_entry* e) {
-  if (!key) {
-    key_buf k(name, stem_len);
-    key = make_entry(f, k.p, k.n);
-  }
-  if (!key->tails) key->tails = new std::vector<var_entry*>;
-  key->tails->push_back(e);
 }
 
 var_entry* store(var_frame* f, const char* name, size_t len, size_t stem_len, value&& v) {
@@ -110,7 +200,6 @@ var_entry* store(var_frame* f, const char* name, size_t len, size_t stem_len, va
     }
     if (!e) {
       e = make_entry(f, name, len);
-      if (stem_len) add_tail(f, name, stem_len, key, e);
     } else {
       e->var_changes++;
     }
@@ -172,23 +261,11 @@ var_frame* vars_push(var_frame* outer) {
 }
 
 void vars_clear(var_frame* f) {
-  if (!f->buckets) return;
-  for (int32_t h : f->used) {
-    var_entry* e = f->buckets[h];
-    while (e) {
-      var_entry* n = e->next;
-      free_entry(e);
-      e = n;
-    }
-    f->buckets[h] = nullptr;
-  }
-  f->used.clear();
-  if (spare.size() < SPARE_MAX) {
-    spare.push_back(f->buckets);
-  } else {
-    free(f->buckets);
-  }
-  f->buckets = nullptr;
+  for (var_entry* e : f->all) free_entry(e);
+  std::vector<var_entry*>().swap(f->all);
+  free(f->slots);
+  f->slots = nullptr;
+  f->cap = f->used = 0;
 }
 
 void vars_pop(var_frame* f) {
@@ -197,10 +274,15 @@ void vars_pop(var_frame* f) {
 }
 
 var_entry* vars_find(var_frame* f, const char* name, size_t len) {
-  if (!f->buckets) return nullptr;
-  for (var_entry* e = f->buckets[var_hash(name, len)]; e; e = e->next)
-    if ((size_t)e->var_name_len == len && memcmp(e->var_name, name, len) == 0) return e;
-  return nullptr;
+  size_t stem_len;
+  uint32_t n;
+  if (len > 2 && name[len - 1] >= '0' && name[len - 1] <= '9' && number_tail(name, len, stem_len, n)) {
+    key_buf k(name, stem_len);
+    var_entry* key = index_find(f, k.p, k.n);
+    if (!key || !key->stem) return nullptr;
+    if (n < key->stem->nums.size() && key->stem->nums[n]) return key->stem->nums[n];
+  }
+  return index_find(f, name, len);
 }
 
 var_ref vars_get(var_frame* f, const char* name, size_t len, size_t stem_len) {
@@ -297,21 +379,14 @@ void vars_drop_stem(var_frame* f, std::string_view stem) {
   var_entry* key = nullptr;
   stem_home(f, k, key);
   if (!key) return;
-  if (key->tails)
-    for (var_entry* e : *key->tails) unset(e);
+  if (key->stem)
+    for (var_entry* e : key->stem->tails) unset(e);
   if (key->var_state != VAR_EXPOSED) unset(key);
 }
 
 void vars_expose(var_frame* inner, std::string_view name) {
   var_entry* e = vars_find(inner, name.data(), name.size());
-  if (!e) {
-    e = make_entry(inner, name.data(), name.size());
-    size_t dot = name.find('.');
-    if (dot != std::string_view::npos && dot + 1 < name.size()) {
-      key_buf k(name.data(), dot);
-      add_tail(inner, name.data(), dot, vars_find(inner, k.p, k.n), e);
-    }
-  }
+  if (!e) e = make_entry(inner, name.data(), name.size());
   e->var_state = VAR_EXPOSED;
   e->var_value.set_str("", 0);
 }
@@ -359,30 +434,26 @@ std::string vars_tails(var_frame* f, std::string_view stem) {
   var_entry* key = nullptr;
   f = stem_home(f, k, key);
   std::string out;
-  if (!f->buckets) return out;
-  for (int h = 0; h < VAR_BUCKETS; h++)
-    for (var_entry* e = f->buckets[h]; e; e = e->next) {
-      if (e->var_state != VAR_SET || (size_t)e->var_name_len <= stem.size() ||
-          e->var_name[stem.size()] != '.' || memcmp(e->var_name, stem.data(), stem.size()) != 0)
-        continue;
-      if (!out.empty()) out += ' ';
-      out.append(e->var_name + stem.size() + 1, (size_t)e->var_name_len - stem.size() - 1);
-    }
+  for (var_entry* e : in_bucket_order(f)) {
+    if (e->var_state != VAR_SET || (size_t)e->var_name_len <= stem.size() ||
+        e->var_name[stem.size()] != '.' || memcmp(e->var_name, stem.data(), stem.size()) != 0)
+      continue;
+    if (!out.empty()) out += ' ';
+    out.append(e->var_name + stem.size() + 1, (size_t)e->var_name_len - stem.size() - 1);
+  }
   return out;
 }
 
 void vars_dump(var_frame* f, int level, FILE* out) {
   fprintf(out, "\n.......... show: level %d\n\n", level);
-  if (!f->buckets) return;
-  for (int h = 0; h < VAR_BUCKETS; h++)
-    for (var_entry* e = f->buckets[h]; e; e = e->next) {
-      if (e->var_state == VAR_DROPPED) {
-        if (e->var_name[e->var_name_len - 1] == '+') continue;  // a stem key made for its tails
-        fprintf(out, "\"%s\" is DROPPED\n", e->var_name);
-      } else if (e->var_state == VAR_EXPOSED) {
-        fprintf(out, "\"%s\" is EXPOSED\n", e->var_name);
-      } else {
-        fprintf(out, "\"%s\" = \"%s\"\n", e->var_name, val_string(e->var_value).c_str());
-      }
+  for (var_entry* e : in_bucket_order(f)) {
+    if (e->var_state == VAR_DROPPED) {
+      if (e->var_name[e->var_name_len - 1] == '+') continue;  // a stem key made for its tails
+      fprintf(out, "\"%s\" is DROPPED\n", e->var_name);
+    } else if (e->var_state == VAR_EXPOSED) {
+      fprintf(out, "\"%s\" is EXPOSED\n", e->var_name);
+    } else {
+      fprintf(out, "\"%s\" = \"%s\"\n", e->var_name, val_string(e->var_value).c_str());
     }
+  }
 }

@@ -5,6 +5,15 @@
 // substituted tail ("A.1.X"); a stem's default lives under the stem key, the
 // stem name with a '+' after it ("A+"). Entries never move once made, so a
 // caller may keep a pointer to one for as long as its frame lives.
+//
+// Order: listings (CVTAILS, the debug dump) walk a frame in the order of the
+// classic store, 40960 buckets chosen by var_hash with the newest entry of a
+// bucket first. Lookups do not walk those chains: with that hash a million
+// compounds make chains of sixty entries, so each frame keeps an
+// open-addressing index on a wider hash instead, grown as the frame fills,
+// and a stem keeps the compounds whose tail is a plain number in an array
+// by that number, so that `a.i` in a loop costs no hash probe at all. The
+// bucket order is rebuilt by sorting when a listing asks for it.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +24,7 @@
 
 #include "rexx/value.h"
 
-constexpr int VAR_BUCKETS = 40960;  // bucket pointers per frame table
+constexpr int VAR_BUCKETS = 40960;  // buckets of the listing order
 constexpr int VAR_HASH_MASK = 0x9FFF;
 
 enum : int32_t {
@@ -24,20 +33,35 @@ enum : int32_t {
   VAR_EXPOSED = 2,  // the value lives in the next frame out
 };
 
+struct var_entry;
+
+// What a stem key entry knows of its stem in its frame.
+struct var_stem {
+  std::vector<var_entry*> tails;  // every compound of the stem made in this frame
+  std::vector<var_entry*> nums;   // compounds whose tail is a plain number, by that number
+};
+
 struct var_entry {
-  var_entry* next;                 // next entry of the same bucket
   int32_t var_state;               // VAR_DROPPED, VAR_SET or VAR_EXPOSED
   int32_t var_name_len;            // length of the name
   uint32_t var_changes;            // incremented at each assignment; DO reads it
   value var_value;                 // the value, when var_state is VAR_SET
-  std::vector<var_entry*>* tails;  // for a stem key: this frame's compounds of the stem
+  uint32_t var_seq;                // creation order within the frame
+  var_stem* stem;                  // for a stem key: its compounds in this frame; else null
   char* var_name;                  // NUL-ended name, stored just after the entry
 };
 
+struct var_slot {
+  uint64_t hash;     // wide hash of the entry's name
+  var_entry* entry;  // null for an empty slot
+};
+
 struct var_frame {
-  var_entry** buckets = nullptr;  // VAR_BUCKETS chains, made on the first store
-  var_frame* outer = nullptr;     // the next frame out; null for the top level
-  std::vector<int32_t> used;      // buckets that hold entries, to clear them fast
+  var_slot* slots = nullptr;     // open-addressing index, a power of two long; made on the first store
+  uint32_t cap = 0;              // number of slots
+  uint32_t used = 0;             // slots in use
+  std::vector<var_entry*> all;   // every entry of the frame, in creation order
+  var_frame* outer = nullptr;    // the next frame out; null for the top level
 };
 
 // What a lookup found.
@@ -56,6 +80,7 @@ struct var_part {
 
 extern bool vars_setenv_hook;  // OPTION SETENV: names starting with '$' mirror the environment
 
+// The classic bucket of a name, which fixes the listing order.
 uint32_t var_hash(const char* name, size_t len);
 
 // A fresh frame inside `outer` (PROCEDURE), and its release with every entry.
