@@ -2,6 +2,7 @@
 // EXPOSE across frames, tail derivation, CVTAILS, the environment hook.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -146,6 +147,37 @@ TEST_F(VarsFrames, ExposeOneCompound) {
   EXPECT_EQ(get(top, "A.2"), "a2");
 }
 
+// Number tails live in a per-stem array once the stem is dense enough; an
+// entry made before the array reached it must stay the one found.
+TEST_F(VarsFrames, NumberTailsDenseAndSparse) {
+  set(top, "A.500", "early");  // sparse so far: kept in the index
+  set(top, "A.01", "zero-one");
+  set(top, "A.0", "zero");
+  char name[32];
+  for (int i = 1; i <= 1000; i++) {
+    int n = snprintf(name, sizeof name, "A.%d", i);
+    if (i != 500) vars_set(top, name, (size_t)n, 1, value((double)i));
+  }
+  EXPECT_EQ(get(top, "A.500"), "early");
+  var_entry* e500 = vars_get(top, "A.500", 1).entry;
+  set(top, "A.500", "again");
+  EXPECT_EQ(vars_get(top, "A.500", 1).entry, e500);  // not a second entry
+  EXPECT_EQ(get(top, "A.500"), "again");
+  EXPECT_EQ(get(top, "A.01"), "zero-one");  // not the same name as A.1
+  EXPECT_EQ(get(top, "A.1"), "1");
+  EXPECT_EQ(get(top, "A.0"), "zero");
+  EXPECT_EQ(get(top, "A.1001"), "A.1001");
+  set(top, "A.4000000000", "big");  // beyond nine digits
+  EXPECT_EQ(get(top, "A.4000000000"), "big");
+  std::string tails = vars_tails(top, "A");
+  EXPECT_EQ(std::count(tails.begin(), tails.end(), ' '), 1002);  // 1003 tails
+  vars_set_stem(top, "A", value("d", 1));
+  EXPECT_EQ(get(top, "A.500"), "d");
+  EXPECT_EQ(get(top, "A.999"), "d");
+  EXPECT_EQ(get(top, "A.01"), "d");
+  EXPECT_EQ(vars_tails(top, "A"), "");
+}
+
 TEST_F(VarsFrames, Cvtails) {
   EXPECT_EQ(vars_tails(top, "Q"), "");
   set(top, "Q.B", "1");
@@ -157,6 +189,23 @@ TEST_F(VarsFrames, Cvtails) {
   EXPECT_EQ(t.size(), 5u) << t;  // "B" and "A.Z" in bucket order
   EXPECT_NE(t.find("A.Z"), std::string::npos);
   EXPECT_NE(t.find('B'), std::string::npos);
+  // The listing follows the classic buckets of the full names.
+  for (const char* tail : {"X", "Y", "Z", "10", "11", "KEY", "A.B"}) {
+    std::string full = "Q." + std::string(tail);
+    set(top, full, "1");
+  }
+  std::string all = vars_tails(top, "Q");
+  uint32_t last = 0;
+  size_t at = 0;
+  while (at < all.size()) {
+    size_t sp = all.find(' ', at);
+    if (sp == std::string::npos) sp = all.size();
+    std::string full = "Q." + all.substr(at, sp - at);
+    uint32_t h = var_hash(full.data(), full.size());
+    EXPECT_GE(h, last) << full;
+    last = h;
+    at = sp + 1;
+  }
 }
 
 TEST_F(VarsFrames, HashStaysInItsMask) {
