@@ -464,6 +464,7 @@ int asrfmt(int nrows, int words, const int32_t *table) {
   for (size_t i = first; i < p.fld.size(); i++) {
     if (!layout(int(i) + 1)) {
       dropfields(p, i);
+      p.repaint = true;
       return int(i);
     }
   }

@@ -57,7 +57,7 @@ int peekheld(const fs_event &key, int us) {
   if (gdet_ev.count == 0 && fs.plat && !fs.gone) {
     if (fs.plat->wait(us / 1000) == FS_WAIT_GONE && gdet_ev.count == 0) return 1;
   }
-  if (gdet_ev.count == 0) return fs.gone ? 1 : 0;
+  if (gdet_ev.count == 0) return fs.gone || !fs.plat ? 1 : 0;
   const fs_event &e = gdet_ev.ev[gdet_ev.head];
   if (e.code == key.code && released(e)) {
     fs_event dummy;
@@ -256,6 +256,7 @@ int drag(const fs_event &e) {
     selend(line, col);
     return -1;
   }
+  if (!fs.btn_down) return -1;
   if (std::abs(e.x - fs.drag_x) < 2 && std::abs(e.y - fs.drag_y) < 2) return -1;
   if (fs.btn_eaten) {
     if (fs.rightpos && fs.btn_down == 3 && !shiftd(e) && !ctrld(e)) {

@@ -35,6 +35,8 @@ class fs_plat {
   virtual void alert(const std::string &text) = 0;         // an error message
   // Waits up to ms milliseconds (negative: for ever) until events have been
   // appended to gdet_ev; FS_WAIT_GONE when no event can ever come again.
+  // Every press is followed by its release in time: a layer that cannot see
+  // releases queues one right after the press, or held keys repeat for ever.
   virtual int wait(int ms) = 0;
   virtual void title(const std::string &text) = 0;
   virtual void geometry(fs_metrics &m) = 0;
