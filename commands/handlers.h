@@ -62,3 +62,15 @@ int xfcm_rw(const xfcmd &c);
 int xfcm_save(const xfcmd &c);
 int xfcm_saveclearundo(const xfcmd &c);
 int xfcm_undo(const xfcmd &c);
+int xfcm_screen(const xfcmd &c);
+int xfcm_cmdline(const xfcmd &c);
+int xfcm_curline(const xfcmd &c);
+int xfcm_number(const xfcmd &c);
+int xfcm_prefix(const xfcmd &c);
+int xfcm_autoexp(const xfcmd &c);
+int xfcm_autoindent(const xfcmd &c);
+
+// Keys.
+int xfcm_key(const xfcmd &c);
+int xfcm_remap(const xfcmd &c);
+int xfcm_sckeys(const xfcmd &c);

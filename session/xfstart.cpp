@@ -4,6 +4,10 @@
 #include "session/xed.h"
 #include "commands/commands.h"
 #include "platform/platform.h"
+#include "session/xfkeys.h"
+#include "session/xfpage.h"
+#include "fields/fields.h"
+#include "fields/plat.h"
 
 #include <cerrno>
 #include <climits>
@@ -43,11 +47,13 @@ struct options {
     std::vector<std::string> cmds;    // -c, in order
     std::string filec;                // -filec name
     std::string id = "VORTA";         // -id
+    std::string keys;                 // -keys: a key script for the headless screen
     std::vector<std::string> files;   // every word from the first non-option
 };
 
 enum : unsigned {
     OPT_PROFILE = 1, OPT_NOPROFILE, OPT_CMD, OPT_PDF, OPT_KEDIT, OPT_BATCH, OPT_FILEC, OPT_ID,
+    OPT_KEYS,
     OPT_WINDOW, // read by the field manager
     OPT_IGNORED,
 };
@@ -68,7 +74,7 @@ constexpr option_row option_table[] = {
     {"-p", 1, OPT_PROFILE},      {"-P", 1, OPT_PROFILE},        {"-np", 0, OPT_NOPROFILE},
     {"-c", 1, OPT_CMD},          {"-pdf", 0, OPT_PDF},          {"-kedit", 0, OPT_KEDIT},
     {"-batch", 0, OPT_BATCH},    {"-filec", 1, OPT_FILEC},      {"-id", 1, OPT_ID},
-    {"-term", 0, OPT_WINDOW},
+    {"-term", 0, OPT_WINDOW},    {"-keys", 1, OPT_KEYS},
 };
 
 [[noreturn]] void die(const char *msg)
@@ -133,6 +139,7 @@ options parse_options(const std::vector<std::string> &argv)
         case OPT_BATCH: batch = true; break;
         case OPT_FILEC: batch = true; o.filec = arg; break;
         case OPT_ID: o.id = arg; break;
+        case OPT_KEYS: o.keys = arg; break;
         default: break;
         }
         i += (size_t)row->words;
@@ -241,6 +248,7 @@ void xfini()
     for (auto &d : xpath)
         macro_path.push_back(d);
     xfhash_path();
+    xfkeys_init();
     xfcmdline("synonym quit 4 command aquit");
 }
 
@@ -395,18 +403,39 @@ int xfmain(int argc, char **argv)
     options o = parse_options(words);
     regrouped_argv = words;
 
-    // There is no screen layer yet: every run works as one with no window.
+    // The screen: none in batch; the headless layer for a key script.
+    fs_plat *layer = nullptr;
+    if (!batch && !o.keys.empty()) {
+        layer = fs_plat_null(24, 80);
+        std::vector<char *> av;
+        for (auto &w : words)
+            av.push_back(const_cast<char *>(w.c_str()));
+        av.push_back(nullptr);
+        if (fsinit((int)words.size(), av.data(), layer) < 0)
+            die("vorta: can't initialize");
+        fsinit2();
+        if (fs_null_script(layer, o.keys.c_str(), stdout) != 0)
+            die("vorta: can't initialize");
+    }
     xfini();
-    impcmscp = 0;
+    if (!layer)
+        impcmscp = 0; // with no screen the shell is never implicit
+    if (layer) {
+        xfgeom(true);
+        if (!pageok)
+            die("vorta: too small window");
+    }
 
     bool run_profile = !o.no_profile && (!batch || !o.profile.empty());
     if (run_profile)
         xfprofile(o.profile, raw_argv);
 
+    // In batch the start-up commands go to the macro stack, else to the queue.
+    std::vector<std::string> &start = batch ? macro_stack_cmds : cmd_queue;
     for (auto &f : o.files)
-        macro_stack_cmds.push_back("xed \"" + f + "\"");
+        start.push_back("xed \"" + f + "\"");
     for (auto &c : o.cmds)
-        macro_stack_cmds.push_back(c);
+        start.push_back(c);
     if (!o.filec.empty()) {
         std::string name = o.filec;
         for (auto &ch : name)
@@ -422,8 +451,10 @@ int xfmain(int argc, char **argv)
         std::string all;
         for (auto &f : o.files)
             all += (all.empty() ? "" : " ") + f;
-        macro_stack_cmds.push_back("f " + all);
+        cmd_queue.push_back("f " + all);
     }
+    if (layer)
+        xfx();
 
     std::string cmd;
     cmd_source = 2;

@@ -6,6 +6,9 @@
 #           name given in "name")
 #   cmd     commands, one a line, each given to `xed -batch -np` as a -c word
 #   args    instead of cmd: the whole argument vector, one word a line
+#   keys    a key script: the editor runs on the headless screen (-keys),
+#           with the cmd lines as -c words; its dumps go to standard output
+#   screen  expected standard output of a keys case (the dumps)
 #   env     extra NAME=VALUE lines for the environment
 #   setup/  files copied into the work folder before the run
 #   out     expected contents of the file after the run
@@ -27,6 +30,12 @@ name=file
 args=()
 if [ -f "$case_dir/args" ]; then
   while IFS= read -r line || [ -n "$line" ]; do args+=("$line"); done < "$case_dir/args"
+elif [ -f "$case_dir/keys" ]; then
+  args=(-np -keys "$case_dir/keys")
+  if [ -f "$case_dir/cmd" ]; then
+    while IFS= read -r line || [ -n "$line" ]; do args+=(-c "$line"); done < "$case_dir/cmd"
+  fi
+  [ -f "$case_dir/in" ] && args+=("$name")
 else
   args=(-batch -np)
   if [ -f "$case_dir/cmd" ]; then
@@ -57,6 +66,7 @@ msgfile="$work/vorta/@messages"
 if [ -f "$case_dir/msgs" ]; then check "$case_dir/msgs" "$msgfile" "@messages"; fi
 if [ -f "$case_dir/out" ]; then check "$case_dir/out" "$work/$name" "$name"; fi
 if [ -f "$case_dir/stdout" ]; then check "$case_dir/stdout" "$work/.stdout" "stdout"; fi
+if [ -f "$case_dir/screen" ]; then check "$case_dir/screen" "$work/.stdout" "screen"; fi
 if [ -f "$case_dir/stderr" ]; then check "$case_dir/stderr" "$work/.stderr" "stderr"; fi
 if [ -f "$case_dir/files" ]; then
   while IFS= read -r f || [ -n "$f" ]; do

@@ -1,0 +1,427 @@
+// The editor's page: the division of the grid among the views, and the
+// composition of each view into fields (id line, message line, command line,
+// prefix areas and file rows, end rows and shadow rows, the key legend), the
+// cursor's placing and the window title.
+#include "session/xed.h"
+#include "session/xfpage.h"
+#include "commands/commands.h"
+#include "fields/fields.h"
+#include "fields/plat.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+int page_rows = 24;    // grid size at the last geometry
+int page_cols = 80;
+bool pageok = true;    // the grid has room for a page
+int nbpf = 1;          // rows of the key legend
+std::string pf_legend =
+    "1:Q  2:E  3:Save  4:Sp  5:x  6:cu  7:U  8:D  9:?  10:h  12:=  S-11:top  S-12:bot";
+xfscreendef screen_def; // SCReen's division, kept for resizes
+
+// Colour items of the page: logical colour and hilite of each.
+const xfcolour_item colour_items[38] = {
+    {"Filearea", 2, 0},      {"CURLine", 7, 0},      {"Arrow", 3, 0},       {"MSgline", 1, 0},
+    {"CURrent", 7, 0},       {"CURRENTedited", 7, 0}, {"Nocurrent", 2, 0},  {"Edited", 2, 0},
+    {"PEnding", 1, 0},       {"PRefix", 6, 0},       {"Idline", 4, 0},      {"CMdline", 3, 0},
+    {"PFline", 5, 0},        {"SIze", 4, 0},         {"MOd", 4, 0},         {"SHadow", 6, 0},
+    {"SCale", 5, 0},         {"Tabline", 5, 0},      {"PDelete", 1, 0},     {"RStart", 5, 0},
+    {"REnd", 5, 0},          {"POint", 5, 0},        {"FL_Idline", 4, 0},   {"FL_MSgline", 1, 0},
+    {"FL_Names", 2, 0},      {"FL_MOde", 4, 0},      {"FL_Cmdline", 3, 0},  {"FL_Size", 4, 0},
+    {"FL_Removed", 1, 0},    {"FL_Pfline", 5, 0},    {"FL_Directories", 6, 0}, {"CURSor", 7, 0},
+    {"TR_Box", 5, 0},        {"TR_HBox", 5, 0},      {"TR_CPBox", 5, 0},    {"TR_CUrrent", 7, 0},
+    {"TR_HIdden", 6, 0},     {"", 0, 0},
+};
+
+namespace {
+
+enum colour_item {
+    C_FILE = 0, C_CURL = 1, C_ARROW = 2, C_MSG = 3, C_PENDING = 8, C_PREFIX = 9, C_ID = 10,
+    C_CMD = 11, C_PF = 12, C_SIZE = 13, C_MOD = 14, C_SHADOW = 15, C_POINT = 21,
+};
+
+int colour(int item) { return colour_items[item].colour; }
+
+// The fields of a page are collected, defined in one call, then filled.
+struct page_builder {
+    std::vector<int32_t> table;            // 14 words a field
+    std::vector<std::pair<int, std::string>> texts; // field id, content
+    int next = 1;                          // next field id
+
+    int add(int row, int col, int width, int type, int col_item, int flags = 0,
+            std::string text = std::string())
+    {
+        if (width <= 0)
+            return 0;
+        fsfield f{};
+        f.id = next++;
+        f.y1 = row;
+        f.x1 = col;
+        f.nb_lines = 1;
+        f.nb_cols = width;
+        f.type = type;
+        f.intensity = 1;
+        f.colour = colour(col_item);
+        f.flags = flags;
+        const int32_t *w = reinterpret_cast<const int32_t *>(&f);
+        table.insert(table.end(), w, w + 14);
+        if (!text.empty())
+            texts.emplace_back(f.id, std::move(text));
+        return f.id;
+    }
+};
+
+constexpr int TYPE_INPUT = 0;
+constexpr int TYPE_PROTECTED = 2;
+
+// A file under the start directory is shown by its relative name.
+std::string shown_name(const std::string &f)
+{
+    std::string dir = startdir.empty() || startdir.back() == '/' ? startdir : startdir + "/";
+    return f.compare(0, dir.size(), dir) == 0 ? f.substr(dir.size()) : f;
+}
+
+std::string fit(std::string s, size_t width)
+{
+    if (s.size() > width)
+        s = s.substr(s.size() - width); // a long name keeps its end
+    return s;
+}
+
+std::string host_name()
+{
+    static std::string h;
+    if (h.empty()) {
+        char buf[256] = "";
+        gethostname(buf, sizeof buf - 1);
+        h = buf[0] ? buf : "localhost";
+    }
+    return h;
+}
+
+// Lines in scope walking from `from` in direction dir; runs of lines out of
+// scope are counted in `hidden`.
+int32_t next_in_scope(int32_t from, int dir, int32_t &hidden)
+{
+    hidden = 0;
+    int32_t li = from + dir;
+    while (li >= 0 && li < nbli() && !xfinscope(li)) {
+        hidden++;
+        li += dir;
+    }
+    return li;
+}
+
+struct row_plan {
+    int32_t li;     // line, -1 top, nbli end, -3 shadow, -4 nothing
+    int32_t hidden; // lines a shadow row stands for
+};
+
+// Which position each file row shows, the current line on row `c`.
+std::vector<row_plan> plan_rows(int nfile, int c)
+{
+    std::vector<row_plan> plan((size_t)nfile, {-4, 0});
+    int32_t cur = curline();
+    plan[(size_t)c] = {cur, 0};
+    auto walk = [&](int dir) {
+        int32_t li = cur;
+        for (int r = c + dir; r >= 0 && r < nfile;) {
+            if (li == -1 && dir < 0)
+                break;
+            if (li >= nbli() && dir > 0)
+                break;
+            int32_t hidden;
+            int32_t nli = next_in_scope(li, dir, hidden);
+            if (hidden > 0 && xv->shadow && xv->scope == 0) {
+                plan[(size_t)r] = {-3, hidden};
+                r += dir;
+                if (r < 0 || r >= nfile)
+                    break;
+            }
+            if (nli < -1 || (nli == -1 && topline != -1))
+                break;
+            plan[(size_t)r] = {nli < 0 ? -1 : nli, 0};
+            li = nli;
+            r += dir;
+        }
+    };
+    walk(-1);
+    walk(1);
+    return plan;
+}
+
+void settle_cursor()
+{
+    auto &st = xf->curstack;
+    for (size_t i = st.size(); i-- > 0;)
+        if (st[i].prio >= xf->ptcur_i.prio)
+            xf->ptcur_i = st[i];
+    st.clear();
+}
+
+std::string prefix_text(int32_t li, int pw)
+{
+    for (auto &p : xf->pfxtexts)
+        if (p.second == li) {
+            std::string t = p.first.substr(0, (size_t)pw);
+            t.resize((size_t)pw, ' ');
+            return t;
+        }
+    int num = xv->perfile[(size_t)xfidx].number;
+    if (num == 0)
+        return std::string((size_t)pw, '=');
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%.*d", pw, num == 2 ? li : li + 1);
+    std::string t = buf;
+    if (li < 0)
+        t = std::string((size_t)pw, '0');
+    return t;
+}
+
+std::string line_text(int32_t li, int32_t col0)
+{
+    const xfline &l = xf->lines[li];
+    if (col0 >= l.len)
+        return std::string();
+    return std::string(l.text + col0, (size_t)(l.len - col0));
+}
+
+void compose_view(page_builder &pb)
+{
+    int y0 = xv->y0, x0 = xv->x0, w = xv->ncols, h = xv->nrows;
+    bool cmd_on = xv->cmdline_pos > 0 || !xf;
+    bool cmd_top = std::abs(xv->cmdline_pos) == 1;
+    int row_cmd = 0, row_msg, first, last;
+    if (cmd_on && cmd_top) {
+        row_cmd = y0 + 1;
+        row_msg = y0 + 2;
+        first = y0 + 3;
+        last = y0 + h - 1;
+    } else {
+        row_msg = y0 + 1;
+        first = y0 + 2;
+        last = y0 + h - 1;
+        if (cmd_on) {
+            row_cmd = y0 + h - 1;
+            last--;
+        }
+    }
+
+    // Id line: name, "mod:", size, "Len:".
+    int32_t n = nbli();
+    int sizew = n <= 99998 ? 6 : n <= 999998 ? 7 : 9;
+    int tail = 6 + 5 + 1 + sizew + 7 + 6;
+    int namew = std::max(1, w - tail);
+    if (xf) {
+        int x = x0;
+        pb.add(y0, x, namew, TYPE_PROTECTED, C_ID, 0, fit(shown_name(xf->fname), (size_t)namew));
+        x += namew;
+        pb.add(y0, x, 6, TYPE_PROTECTED, C_ID, 0, " mod: ");
+        x += 6;
+        pb.add(y0, x, 5, TYPE_PROTECTED, C_MOD, 0, std::to_string(xf->chgcount));
+        x += 6;
+        char sz[16];
+        std::snprintf(sz, sizeof sz, "%*d", sizew, n);
+        pb.add(y0, x, sizew, TYPE_PROTECTED, C_SIZE, 0, sz);
+        x += sizew;
+        pb.add(y0, x, 7, TYPE_PROTECTED, C_ID, 0, "  Len: ");
+        x += 7;
+        int32_t cur = curline();
+        int32_t len = cur >= 0 && cur < n ? xf->lines[cur].len : 0;
+        pb.add(y0, x, x0 + w - x, TYPE_PROTECTED, C_SIZE, 0, std::to_string(len));
+    } else {
+        pb.add(y0, x0, w, TYPE_PROTECTED, C_ID, 0, "");
+    }
+
+    // Message line: the newest message since the last draw.
+    std::string msg;
+    if (xv->msgshown < xv->msgs.size())
+        msg = xv->msgs.back();
+    xv->msgshown = xv->msgs.size();
+    xv->msgfield = pb.add(row_msg, x0, w, TYPE_PROTECTED, C_MSG, 0, msg.substr(0, (size_t)w));
+
+    xv->cmdfield = 0;
+    if (row_cmd) {
+        pb.add(row_cmd, x0, 6, TYPE_PROTECTED, C_ARROW, 0, "====> ");
+        xv->cmdfield = pb.add(row_cmd, x0 + 6, w - 6, TYPE_INPUT, C_CMD, 0,
+                              xv->cmdline.substr(0, (size_t)(w - 6)));
+    }
+
+    xv->rows.clear();
+    if (!xf)
+        return;
+
+    // File rows.
+    int nfile = last - first + 1;
+    if (nfile <= 0)
+        return;
+    xfviewfile &pf = xv->perfile[(size_t)xfidx];
+    int pw = pf.prefix ? xfprefix_width(curline()) : 0;
+    xv->prefix_width = pw;
+    int textx = x0 + (pw ? pw + 1 : 0);
+    int textw = w - (pw ? pw + 1 : 0);
+    int32_t col0 = std::max(0, pf.verify[0] - 1);
+    int c = xv->curline_row > 0 ? std::min(xv->curline_row, nfile) - 1 : nfile / 2;
+    std::vector<row_plan> plan = plan_rows(nfile, c);
+    for (int r = 0; r < nfile; r++) {
+        int row = first + r;
+        const row_plan &p = plan[(size_t)r];
+        xview::rowmap m{0, p.li, 0, col0, textw};
+        if (p.li == -4) {
+            xv->rows.push_back(m);
+            continue;
+        }
+        if (p.li == -3) {
+            m.fld = pb.add(row, x0, w, TYPE_PROTECTED, C_SHADOW, 0, xfshadow_row(p.hidden, w));
+            xv->rows.push_back(m);
+            continue;
+        }
+        bool end = p.li == -1 || p.li >= n;
+        if (pw) {
+            int pfx_item = C_PREFIX;
+            for (auto &t : xf->pfxtexts)
+                if (t.second == p.li)
+                    pfx_item = C_PENDING;
+            std::string pt = p.li >= n ? std::string((size_t)pw, '=') : prefix_text(p.li, pw);
+            m.pfx = pb.add(row, x0, pw, p.li >= n ? TYPE_PROTECTED : TYPE_INPUT, pfx_item, 0, pt);
+        }
+        if (end) {
+            const char *t = p.li == -1 ? "* * * Top of File * * *" : "* * * End of File * * *";
+            m.fld = pb.add(row, textx, textw, TYPE_PROTECTED, p.li == curline() ? C_CURL : C_FILE,
+                           0, t);
+        } else {
+            int item = p.li == curline() ? C_CURL : C_FILE;
+            for (auto &pt : xf->points)
+                if (pt.li == p.li && item == C_FILE)
+                    item = C_POINT;
+            m.fld = pb.add(row, textx, textw, TYPE_INPUT, item, FSF_REPEND,
+                           line_text(p.li, col0).substr(0, (size_t)textw));
+        }
+        xv->rows.push_back(m);
+    }
+}
+
+void place_cursor()
+{
+    if (!xf) {
+        if (xv->cmdfield)
+            asfcur_quiet(xv->cmdfield, 1, xv->cmdcursor + 1);
+        return;
+    }
+    settle_cursor();
+    xfcursor &pc = xf->ptcur_i;
+    if (pc.fld == 0 || pc.fld == -1) {
+        for (auto &m : xv->rows)
+            if (m.li == pc.li && m.fld) {
+                if (pc.fld == -1 && m.pfx) {
+                    asfcur_quiet(m.pfx, 1, 1);
+                    return;
+                }
+                int col = pc.col - m.col0 + 1;
+                if (col >= 1 && col <= m.len) {
+                    asfcur_quiet(m.fld, 1, col);
+                    return;
+                }
+            }
+    }
+    if (xv->cmdfield)
+        asfcur_quiet(xv->cmdfield, 1, std::min(xv->cmdcursor + 1, xv->ncols - 6));
+}
+
+} // namespace
+
+int xfprefix_width(int32_t cur)
+{
+    long line = (long)cur + 1;
+    if (line >= 99999940L)
+        return 9;
+    if (line >= 9999940L)
+        return 8;
+    if (line >= 999940L)
+        return 7;
+    if (line >= 99940L)
+        return 6;
+    return 5;
+}
+
+std::string xfshadow_row(int32_t count, int width)
+{
+    char text[48];
+    if (count == 1)
+        std::snprintf(text, sizeof text, "1 line  not displayed ");
+    else
+        std::snprintf(text, sizeof text, "%d lines not displayed ", count);
+    int len = (int)std::strlen(text);
+    bool centre = count == 1 ? width > 22 : len < width;
+    if (!centre)
+        return text;
+    int left = (width - 22) / 2;
+    std::string row((size_t)std::max(0, left - 1), '-');
+    row += ' ';
+    row += text;
+    row.append((size_t)std::max(0, width - (left + len)), '-');
+    return row;
+}
+
+std::string xftitle()
+{
+    std::string prefix = "VORTA @ " + host_name();
+    char buf[2048];
+    if (!xf) {
+        std::snprintf(buf, sizeof buf, "%s - (NONE), dir:%s", prefix.c_str(), startdir.c_str());
+        return buf;
+    }
+    std::string name = xf->fname.substr(xf->fname.rfind('/') + 1);
+    const char *mark = xf->eol_kind == eol_default ? "" : xf->eol_kind == 1 ? "[U]" : "[W]";
+    bool edited = false;
+    for (xfile *f : files)
+        edited = edited || f->chgcount != 0;
+    std::snprintf(buf, sizeof buf, edited ? "%s %s(edited) - %s, dir:%s" : "%s %s - %s, dir:%s",
+                  name.c_str(), mark, prefix.c_str(), startdir.c_str());
+    return buf;
+}
+
+// Divides the grid among the views as SCReen last said.
+bool xfgeom(bool first)
+{
+    fs_grid(&page_rows, &page_cols);
+    pageok = page_rows >= 6 && page_cols >= 38;
+    if (first) {
+        nbpf = 1;
+        screen_def = xfscreendef{};
+    }
+    return xfscreen_apply(screen_def, false) == 0;
+}
+
+void xfdisplay()
+{
+    if (batch || !fs_layer())
+        return;
+    int save = xvidx;
+    asfclr();
+    page_builder pb;
+    if (!pageok) {
+        pb.add(1, 1, std::min(page_cols, 40), TYPE_PROTECTED, C_MSG, 0, "..... Increase window size");
+        asrfmt((int)pb.table.size() / 14, 14, pb.table.data());
+        for (auto &t : pb.texts)
+            ascput(t.first, (int)t.second.size(), t.second.c_str());
+        return;
+    }
+    int pfrow = page_rows - nbpf + 1;
+    if (nbpf > 0)
+        pb.add(pfrow, 1, page_cols, TYPE_PROTECTED, C_PF, 0, pf_legend.substr(0, (size_t)page_cols));
+    for (int v = 0; v < (int)views.size(); v++) {
+        xfsetview(v);
+        compose_view(pb);
+    }
+    if (!pb.table.empty())
+        asrfmt((int)pb.table.size() / 14, 14, pb.table.data());
+    for (auto &t : pb.texts)
+        ascput(t.first, (int)t.second.size(), t.second.c_str());
+    xfsetview(save);
+    place_cursor();
+    if (fs_plat *p = fs_layer())
+        p->title(xftitle());
+}

@@ -1,0 +1,41 @@
+// The editor's page and read cycle, shared by the session's files and the
+// commands that change the page.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct xfcolour_item {
+    const char *name; // keyword of SET COLOR
+    int colour;       // logical colour
+    int hilite;       // field hilite
+};
+extern const xfcolour_item colour_items[38];
+
+// SCReen's division of the grid, re-applied at each resize.
+struct xfscreendef {
+    int kind = 0;          // 0 n stacked, 1 n side by side, 2 heights, 3 widths, 4 rectangles
+    std::vector<int> a;    // counts, sizes or rectangles (row col rows cols ...)
+};
+
+extern int page_rows, page_cols; // the grid
+extern bool pageok;              // the grid has room for a page
+extern int nbpf;                 // rows of the key legend
+extern std::string pf_legend;    // its text
+extern xfscreendef screen_def;   // the current division
+
+int xfprefix_width(int32_t curline);
+std::string xfshadow_row(int32_t count, int width);
+std::string xftitle();
+bool xfgeom(bool first);
+void xfdisplay();
+// Makes the views of a division; 0, or 1 with its message when a view does
+// not fit (the old division then stays). `check_only` tests without applying.
+int xfscreen_apply(const xfscreendef &d, bool check_only);
+
+// The read cycle.
+void xfread(int toplevel);
+void xfx();
+extern int aid;        // why the last read ended (asread's code)
+extern int aid_value;  // its value

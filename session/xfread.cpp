@@ -1,0 +1,404 @@
+// The read cycle: the one place the editor waits for the user. A read commits
+// what was typed (file lines first, then prefix entries, then the command
+// line), and xfcom then runs the one command the event stands for: a queued
+// command, a key's definition, or the command line.
+#include "session/xed.h"
+#include "session/xfkeys.h"
+#include "session/xfpage.h"
+#include "commands/commands.h"
+#include "fields/fields.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+int aid = 0;
+int aid_value = 0;
+int autoexp = 1;          // AUTOEXP ON: typing past a field's end extends the line
+int autoindent = 1;       // AUTOINDENT ON
+int autoindent_stay = 1;  // AUTOINDENT ... STAY
+int wheel_lines[2] = {4, 10}; // wheel scroll, plain and with Shift
+
+namespace {
+
+bool asr = false;       // the read ended with ENTER
+bool nocmd = false;     // no command from the command line this time
+bool resized = false;   // the window changed size
+bool released = false;  // the read ended on a key's release
+bool first_read = true; // the page has not been shown yet
+bool typed_this_cycle = false; // a typing event was handled in this read
+
+// Which view and row a field belongs to.
+struct where {
+    int view = -1;  // view index, -1 none
+    int fld = 2;    // 0 file area, -1 prefix, 1 command line, 2 elsewhere
+    int row = -1;   // row in the view's map
+};
+
+where locate_field(int id)
+{
+    where w;
+    for (int v = 0; v < (int)views.size(); v++) {
+        xview *vw = views[(size_t)v];
+        if (id == vw->cmdfield && id) {
+            w.view = v;
+            w.fld = 1;
+            return w;
+        }
+        for (size_t r = 0; r < vw->rows.size(); r++) {
+            if (vw->rows[r].fld == id && id) {
+                w.view = v;
+                w.fld = 0;
+                w.row = (int)r;
+                return w;
+            }
+            if (vw->rows[r].pfx == id && id) {
+                w.view = v;
+                w.fld = -1;
+                w.row = (int)r;
+                return w;
+            }
+        }
+    }
+    return w;
+}
+
+std::string field_text(int id, bool trim)
+{
+    int len = 0;
+    char *s = ascget_char(id, &len, trim ? 1 : 0);
+    std::string t = s ? std::string(s, (size_t)len) : std::string();
+    std::free(s);
+    return t;
+}
+
+// The cursor as the field manager has it, made the current view's.
+void read_cursor()
+{
+    int id, line, col;
+    asqcur(1, &id, &line, &col);
+    where w = locate_field(id);
+    for (xfile *f : files)
+        f->group_open = 1;
+    ptcu = xfcursor{};
+    ptcu.ec = w.view < 0 ? xvidx : w.view;
+    if (w.view >= 0 && w.view != xvidx)
+        xfsetview(w.view);
+    ptcu.fld = w.fld;
+    if (w.fld == 1) {
+        xv->cmdcursor = col - 1;
+        ptcu.col = col - 1;
+    }
+    if ((w.fld == 0 || w.fld == -1) && w.row >= 0) {
+        const xview::rowmap &m = xv->rows[(size_t)w.row];
+        ptcu.li = m.li;
+        ptcu.col = w.fld == 0 ? m.col0 + col - 1 : 0;
+    }
+    if (xf) {
+        xfcursor c = ptcu;
+        c.prio = 20;
+        xf->ptcur_i = c;
+    }
+}
+
+// A typed file row goes back into its line: the part before the view's
+// first column and the part past the field are kept.
+void commit_line(const xview::rowmap &m, const std::string &typed)
+{
+    if (m.li < 0 || m.li >= nbli())
+        return;
+    const xfline &l = xf->lines[m.li];
+    std::string old(l.text, (size_t)l.len);
+    std::string head = old.substr(0, std::min<size_t>(old.size(), (size_t)m.col0));
+    head.resize((size_t)m.col0, ' ');
+    std::string beyond;
+    if (old.size() > (size_t)(m.col0 + m.len))
+        beyond = old.substr((size_t)(m.col0 + m.len));
+    std::string mid = typed;
+    if (!beyond.empty())
+        mid.resize((size_t)m.len, ' ');
+    std::string now = head + mid + beyond;
+    if (!xf->keepblanks)
+        while (!now.empty() && now.back() == ' ')
+            now.pop_back();
+    if (now != old)
+        xf_do('r', now, m.li, "xfack1");
+}
+
+void commit_prefix(const xview::rowmap &m, const std::string &typed)
+{
+    std::string t = typed;
+    size_t b = t.find_first_not_of(" =");
+    // What is left of the area's own filling is no entry.
+    bool filler = b == std::string::npos ||
+                  t.find_first_not_of("0123456789 ") == std::string::npos;
+    auto &pt = xf->pfxtexts;
+    pt.erase(std::remove_if(pt.begin(), pt.end(), [&](const auto &p) { return p.second == m.li; }),
+             pt.end());
+    if (!filler)
+        pt.emplace_back(t.substr(t.find_first_not_of(' ')), m.li);
+}
+
+// The commit: file rows of every view first, then prefix entries, then the
+// command line.
+void xfack()
+{
+    int ids[6000], lens[6000], used[6000];
+    int n = asqmod(6000, ids, lens, used);
+    if (n <= 0)
+        return;
+    std::vector<int> mod(ids, ids + n);
+    auto modified = [&](int id) { return id && std::find(mod.begin(), mod.end(), id) != mod.end(); };
+    int save = xvidx;
+    for (int v = 0; v < (int)views.size(); v++) {
+        xfsetview(v);
+        if (!xf)
+            continue;
+        for (auto &m : xv->rows)
+            if (m.li >= 0 && m.li < nbli() && modified(m.fld))
+                commit_line(m, field_text(m.fld, true));
+    }
+    for (int v = 0; v < (int)views.size(); v++) {
+        xfsetview(v);
+        if (!xf)
+            continue;
+        for (auto &m : xv->rows)
+            if (modified(m.pfx))
+                commit_prefix(m, field_text(m.pfx, true));
+    }
+    for (int v = 0; v < (int)views.size(); v++) {
+        xview *vw = views[(size_t)v];
+        if (modified(vw->cmdfield)) {
+            std::string t = field_text(vw->cmdfield, true);
+            for (auto &ch : t)
+                if ((unsigned char)ch == 0)
+                    ch = ' ';
+            vw->cmdline = t;
+        }
+    }
+    xfsetview(save);
+}
+
+// A character typed at a field's last cell: the line grows (AUTOEXP).
+bool type_past_end(int ch)
+{
+    int id, line, col;
+    asqcur(1, &id, &line, &col);
+    where w = locate_field(id);
+    if (w.fld == 1) {
+        xv->cmdline.insert(std::min(xv->cmdline.size(), (size_t)std::max(0, col - 1)), 1, (char)ch);
+        xv->cmdcursor = col;
+        return true;
+    }
+    if (w.fld != 0 || !autoexp || !xf)
+        return false;
+    xfack();
+    const xview::rowmap &m = xv->rows[(size_t)w.row];
+    if (m.li < 0 || m.li >= nbli())
+        return false;
+    const xfline &l = xf->lines[m.li];
+    std::string t(l.text, (size_t)l.len);
+    size_t at = (size_t)(m.col0 + col - 1);
+    if (t.size() < at)
+        t.resize(at, ' ');
+    if (t.size() > at)
+        t[at] = (char)ch; // the typed cell: overwrite
+    else
+        t.push_back((char)ch);
+    int save_group = xf->group_open;
+    xf_do('r', t, m.li, "xf_ins");
+    xf->group_open = save_group;
+    xfcursor c = xf->ptcur_i;
+    c.fld = 0;
+    c.li = m.li;
+    c.col = (int32_t)at + 1;
+    c.prio = 30;
+    xf->curstack.push_back(c);
+    // Keep the cursor's column inside the view: shift by the view's width.
+    xfviewfile &pf = xv->perfile[(size_t)xfidx];
+    if (c.col - m.col0 >= m.len)
+        pf.verify[0] = c.col - m.len / 2 + 1;
+    typed_this_cycle = true;
+    return true;
+}
+
+void scroll(int32_t n)
+{
+    if (!xf)
+        return;
+    int32_t to = std::clamp<int32_t>(curline() + n, topline, std::max(topline, nbli() - 1));
+    curline() = to;
+}
+
+// After a plain ENTER: a new line, or the cursor to the command line.
+void xfautoi()
+{
+    if (nocmd) {
+        nocmd = false;
+        return;
+    }
+    if (!xf)
+        return;
+    xfcursor &pc = xf->ptcur_i;
+    if (autoindent && pc.fld == 0 && pc.li >= 0 && pc.li < nbli()) {
+        const xfline &l = xf->lines[pc.li];
+        bool blank = l.len == 1 && l.text[0] == ' ';
+        if (pc.col >= l.len || blank) {
+            int32_t indent = 0;
+            while (indent < l.len && indent < 120 && l.text[indent] == ' ')
+                indent++;
+            xfadd(pc.li, 1, 1);
+            xf->curstack.back().col = indent;
+            // Keep the new line on the screen.
+            if (!xv->rows.empty() && xv->rows.back().li <= pc.li + 1)
+                curline() = std::min(curline() + 1, nbli() - 1);
+            return;
+        }
+    }
+    if (autoindent_stay && modes.enter_stay)
+        return;
+    if (pc.fld == 1)
+        return;
+    xfcursor c = pc;
+    c.fld = 1;
+    c.prio = 30;
+    xv->cmdcursor = (int)std::min(xv->cmdline.find_last_not_of(' ') + 1, (size_t)xv->ncols - 8);
+    xf->curstack.push_back(c);
+}
+
+} // namespace
+
+void xfread(int toplevel)
+{
+    (void)toplevel;
+    first_read = false;
+    asr = released = false;
+    nocmd = false;
+    typed_this_cycle = false;
+    for (;;) {
+        int code = 0, value = 0, nmod = 0;
+        asread(&code, &value, &nmod);
+        aid = code;
+        aid_value = value;
+        switch (code) {
+        case 23: // the window has gone: nothing is saved that was not saved
+        case 672:
+            xfexit(0);
+        case 25:
+            resized = true;
+            return;
+        case 27: case 29: case 42: case 67: case 673:
+            continue;
+        case 32: // typed at a field's last cell
+        case 36:
+            read_cursor();
+            if (!type_past_end(value))
+                fsalrm();
+            continue;
+        case 47: case 48: // a cursor key at the edge of the file area
+            read_cursor();
+            xfack();
+            scroll(code == 47 ? -std::max(1, modes.cursor) : std::max(1, modes.cursor));
+            xfdisplay();
+            continue;
+        case FSK_WHEELUP: case FSK_WHEELDOWN:
+            read_cursor();
+            xfack();
+            scroll((code == FSK_WHEELUP ? -1 : 1) * wheel_lines[0]);
+            xfdisplay();
+            continue;
+        case 11: case 18: case 19: case 21:
+            read_cursor();
+            xfack();
+            released = true;
+            continue;
+        case 0:
+            asr = true;
+            [[fallthrough]];
+        default:
+            read_cursor();
+            xfack();
+            return;
+        }
+    }
+}
+
+namespace {
+
+bool next_queued(std::string &out)
+{
+    if (!cmd_queue.empty()) {
+        out = cmd_queue.front();
+        cmd_queue.erase(cmd_queue.begin());
+        return true;
+    }
+    if (!macro_stack_cmds.empty()) {
+        out = macro_stack_cmds.front();
+        macro_stack_cmds.erase(macro_stack_cmds.begin());
+        if (xv)
+            xv->cmdline = out; // a stacked command that fails can be seen
+        return true;
+    }
+    return false;
+}
+
+// Takes the one command of this turn and runs it.
+void xfcom()
+{
+    std::string text;
+    if (next_queued(text)) {
+        cmd_source = 2;
+        xfcmdline(text);
+        return;
+    }
+    if (released)
+        return;
+    std::string cmd;
+    bool keep = false;
+    if (!nocmd && xv) {
+        cmd = xv->cmdline;
+        if (cmd.find_first_not_of(' ') == std::string::npos)
+            cmd.clear();
+        if (!cmd.empty() && cmd[0] == '&') {
+            keep = true;
+            cmd.erase(0, 1);
+        }
+    }
+    const xfkeydef *def = xfkey_for(aid, aid_value);
+    if (asr && !def)
+        def = xfkey_enter(0);
+    bool cmdran = false, defran = false;
+    redisplay_done = 0;
+    if (def)
+        xfkey_run(cmd, def->def, 1, def->order, cmdran, defran, keep);
+    if (!cmdran && !defran && asr && cmd.empty())
+        xfautoi();
+    if ((cmdran || defran) && !keep && !redisplay_done && xv) {
+        xv->cmdline.clear();
+        xv->cmdcursor = 0;
+    }
+    if (keep && xv)
+        xv->cmdline = "&" + cmd;
+}
+
+} // namespace
+
+void xfx()
+{
+    for (;;) {
+        for (size_t i = 0; i < files.size(); i++)
+            chg_snapshot[i] = files[i]->chgcount;
+        if (cmd_queue.empty() && macro_stack_cmds.empty()) {
+            if (resized) {
+                fsresize();
+                xfgeom(false);
+                resized = false;
+            }
+            xfdisplay();
+            xfread(1);
+        }
+        xfcom();
+        if (timeload)
+            xftimeload("VORTA trace: xfx");
+    }
+}
