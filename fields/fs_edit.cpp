@@ -219,6 +219,19 @@ int firston(int pos, int line) {
   return cix(pos, 0);
 }
 
+// In reverse direction a move by field lands on the target field's right end
+// on that line, except in a left-to-right field, where it lands on its start.
+void revend() {
+  fs_pagerec &p = pg();
+  int pos = p.owner[cellix(p.cur_line, p.cur_col)];
+  if (!fs.reverse || !pos) return;
+  const fs_cells &c = p.cells[pos - 1];
+  int at = -1;
+  for (size_t i = 0; i < c.line.size(); i++)
+    if (c.line[i] == p.cur_line && (at < 0 || !(fld(pos).flags & FSF_LTR))) at = int(i);
+  if (at >= 0) gocell(pos, at);
+}
+
 void toggle(int pos, int c) {
   const fsfield &f = fld(pos);
   bool yes = c == 'O' || c == 'o' || c == 'Y' || c == 'y';
@@ -384,7 +397,28 @@ int fs_erase(bool all) {
   return -1;
 }
 
+static void tabmove(bool back);
+static void linemove(bool prev);
+
 void fs_tab(bool back) {
+  tabmove(back);
+  revend();
+}
+
+void fs_nextline(bool prev) {
+  linemove(prev);
+  revend();
+}
+
+void fs_firstfield(bool last) {
+  int total = fs.nb_lines * fs.nb_cols;
+  int j = scan(last ? 0 : total - 1, last ? -1 : 1, [](int, int) { return true; });
+  if (j < 0) return;
+  goix(last ? cix(pg().owner[j], 0) : j);
+  revend();
+}
+
+static void tabmove(bool back) {
   fs_pagerec &p = pg();
   if (p.fld.empty()) return;
   int ix = cellix(p.cur_line, p.cur_col), line = p.cur_line;
@@ -402,7 +436,7 @@ void fs_tab(bool back) {
     if (j >= 0) goix(j);
     return;
   }
-  if (a.pos && fld(a.pos).type != 2) {
+  if (a.pos && fld(a.pos).type != 2 && !fs.reverse) {
     int start = firston(a.pos, line);
     if (start != ix) {
       goix(start);
@@ -423,7 +457,7 @@ void fs_tab(bool back) {
   goix(firston(pos, j / fs.nb_cols + 1));
 }
 
-void fs_nextline(bool prev) {
+static void linemove(bool prev) {
   fs_pagerec &p = pg();
   int line = p.cur_line;
   for (int i = 1; i <= fs.nb_lines; i++) {
@@ -435,13 +469,6 @@ void fs_nextline(bool prev) {
         return;
       }
   }
-}
-
-void fs_firstfield(bool last) {
-  int total = fs.nb_lines * fs.nb_cols;
-  int j = scan(last ? 0 : total - 1, last ? -1 : 1, [](int, int) { return true; });
-  if (j < 0) return;
-  goix(last ? cix(pg().owner[j], 0) : j);
 }
 
 int fs_arrow(int code) {

@@ -669,6 +669,15 @@ TEST_F(Input, ReverseDirectionTypesLeftward) {
   read("type X\nkey enter");
   EXPECT_EQ(get(1), " abXc");
   EXPECT_EQ(col(), 3);
+  // Moving by field lands on the right end, or the start of a left-to-right field.
+  read("key tab\nkey enter");
+  EXPECT_EQ(line(), 2);
+  EXPECT_EQ(col(), 1);
+  read("key tab\nkey enter");
+  EXPECT_EQ(line(), 1);
+  EXPECT_EQ(col(), 5);
+  read("key s-tab\nkey enter");
+  EXPECT_EQ(line(), 2);
 }
 
 TEST_F(Input, ScriptErrorsAreReported) {
