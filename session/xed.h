@@ -344,6 +344,7 @@ int xfwrite(bool dosmode, bool verify);
 int xfsave(const std::string &target, bool force, bool keeptime, bool dosmode,
            bool verify, bool named);
 int xfcopyfile(const std::string &from, const std::string &to);
+int xfrecycle(const std::string &path); // to the Trash: 0 or an errno value
 
 // Autosave: the cycle's start and end, and one file's autosave.
 void xfcycle_begin();              // snapshot counters, open undo groups
