@@ -489,5 +489,6 @@ int rx_lex(rx_prog& prog, const char* text, size_t len, int line0, rx_err& err)
              0, line0, 0, {}};
   int e = sc.run();
   if (e) prog.toks.clear();
+  else if (prog.lex_trace) prog.lex_log += rx_toks_trace(prog.toks, " ..... lex()");
   return e;
 }

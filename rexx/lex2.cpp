@@ -593,8 +593,11 @@ void rx_lex2(rx_prog& prog)
     p1.run();
     p1out.swap(p1.out);
   }
+  if (prog.lex_trace) prog.lex_log += rx_toks_trace(p1out, " ..... lex2(1)");
   std::vector<rx_tok*>().swap(prog.toks);
   std::vector<rx_tok*> p2 = pass2(*prog.arena, p1out);
   std::vector<rx_tok*>().swap(p1out);
+  if (prog.lex_trace) prog.lex_log += rx_toks_trace(p2, " ..... lex2(2)");
   prog.toks = pass3(prog, p2);
+  if (prog.lex_trace) prog.lex_log += rx_toks_trace(prog.toks, " ..... lex2(3)");
 }

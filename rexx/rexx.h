@@ -328,6 +328,8 @@ struct rx_prog {
   rx_cell* block_head = nullptr;    // the program: first cell of its block
   rx_label* labels[128] = {};       // label table, hashed as variables are
   rx_options opts;                  // options set by OPTION clauses
+  bool lex_trace = false;           // collect the token trace in lex_log
+  std::string lex_log;              // token trace of rx_lex and each rx_lex2 pass
 };
 
 // A label table entry. It points at the label's own cell rather than holding

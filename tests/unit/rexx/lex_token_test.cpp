@@ -317,4 +317,28 @@ TEST(LexTrace, TraceLinesFollowTheirFormats)
             "lex: type = ;                                line = 0    col = 5\n");
 }
 
+TEST(LexTrace, EveryStepIsTracedWhenAsked)
+{
+  rx_prog p;
+  p.lex_trace = true;
+  rx_err e;
+  std::string text = "say a'b'";
+  ASSERT_EQ(rx_parse(p, text.data(), text.size(), e), 0);
+  size_t l0 = p.lex_log.find(" ..... lex()\n");
+  size_t l1 = p.lex_log.find(" ..... lex2(1)\n");
+  size_t l2 = p.lex_log.find(" ..... lex2(2)\n");
+  size_t l3 = p.lex_log.find(" ..... lex2(3)\n");
+  ASSERT_NE(l0, std::string::npos);
+  ASSERT_NE(l3, std::string::npos);
+  EXPECT_LT(l0, l1);
+  EXPECT_LT(l1, l2);
+  EXPECT_LT(l2, l3);
+  // The abuttal operator first shows after the second pass.
+  EXPECT_EQ(p.lex_log.substr(l0, l2 - l0).find("OP_CONC"), std::string::npos);
+  EXPECT_NE(p.lex_log.substr(l2, l3 - l2).find("OP_CONC"), std::string::npos);
+  rx_prog quiet;
+  ASSERT_EQ(rx_parse(quiet, text.data(), text.size(), e), 0);
+  EXPECT_EQ(quiet.lex_log, "");
+}
+
 }  // namespace
