@@ -44,6 +44,8 @@ struct fs_shadow {
   std::vector<uint8_t> hilite;     // hilite drawn
   std::vector<uint8_t> colour;     // physical colour drawn
   std::vector<uint8_t> intensity;  // intensity drawn
+  std::vector<uint8_t> tick;       // trailing-blank mark drawn
+  int ticks = 0;                   // marks drawn
 };
 
 struct fs_state {

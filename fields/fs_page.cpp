@@ -323,6 +323,8 @@ void fsinit2() {
   fs.sh.hilite.assign(n, 0);
   fs.sh.colour.assign(n, 64);
   fs.sh.intensity.assign(n, 1);
+  fs.sh.tick.assign(n, 0);
+  fs.sh.ticks = 0;
   fs.status.clear();
   fs.curs_line = fs.curs_col = 0;
   fs.cur = -1;

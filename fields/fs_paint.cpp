@@ -132,6 +132,42 @@ void fs_paintline(int line) {
   }
 }
 
+// Marks the trailing blanks of each segment (or of the whole field) of the
+// fields that ask for it, and hands the layer the marks that changed.
+static void ticks() {
+  fs_pagerec &p = pg();
+  bool any = false;
+  for (const fsxfield &x : p.ext) any = any || x.show_blanks;
+  if (!any && fs.sh.ticks == 0) return;
+  std::vector<uint8_t> want(fs.sh.tick.size(), 0);
+  for (size_t f = 0; f < p.fld.size(); f++) {
+    if (!p.ext[f].show_blanks) continue;
+    const fs_cells &c = p.cells[f];
+    const fs_verify *v = p.ext[f].verify;
+    int nseg = v && v->seg ? v->count : 1;
+    for (int s = 0; s < nseg; s++) {
+      int first = v && v->seg ? v->seg[s].cell0 : 0;
+      int last = v && v->seg ? first + v->seg[s].ncells - 1 : int(c.line.size()) - 1;
+      if (last >= int(c.line.size())) last = int(c.line.size()) - 1;
+      // Null cells hold nothing: the text ends before them.
+      int k = last;
+      while (k >= first && k >= 0 && p.text[cellix(c.line[k], c.col[k])] == FS_NULL) k--;
+      for (; k >= first && k >= 0; k--) {
+        int ix = cellix(c.line[k], c.col[k]);
+        if (p.text[ix] != ' ') break;
+        want[ix] = 1;
+      }
+    }
+  }
+  fs.sh.ticks = 0;
+  for (size_t ix = 0; ix < want.size(); ix++) {
+    fs.sh.ticks += want[ix];
+    if (want[ix] == fs.sh.tick[ix]) continue;
+    fs.sh.tick[ix] = want[ix];
+    fs.plat->tick(int(ix) / fs.nb_cols + 1, int(ix) % fs.nb_cols + 1, want[ix]);
+  }
+}
+
 void fs_compare() {
   if (fs.cur < 0) return;
   fs_pagerec &p = pg();
@@ -141,6 +177,8 @@ void fs_compare() {
     std::fill(fs.sh.hilite.begin(), fs.sh.hilite.end(), uint8_t(0));
     std::fill(fs.sh.colour.begin(), fs.sh.colour.end(), uint8_t(64));
     std::fill(fs.sh.intensity.begin(), fs.sh.intensity.end(), uint8_t(1));
+    std::fill(fs.sh.tick.begin(), fs.sh.tick.end(), uint8_t(0));
+    fs.sh.ticks = 0;
     fs.curs_line = fs.curs_col = 0;
     fs.full = fs.colchange = false;
     p.repaint = true;
@@ -149,6 +187,7 @@ void fs_compare() {
   for (uint8_t d : p.dirty) dirty = dirty || d;
   if (!dirty) return;
   for (int l = 1; l <= fs.nb_lines; l++) fs_paintline(l);
+  if (fs.plat) ticks();
   std::fill(p.dirty.begin(), p.dirty.end(), uint8_t(0));
   p.repaint = false;
 }

@@ -29,6 +29,7 @@ class fs_plat {
   virtual void run(int line, int col, const uint16_t *text, int count, int hilite,
                    int colour, int intensity) = 0;
   virtual void cursor(int line, int col, int colour) = 0;  // the bar under a cell
+  virtual void tick(int line, int col, int on) = 0;        // trailing-blank mark of a cell
   virtual void status(const std::string &text) = 0;       // the line under the grid
   virtual void bell() = 0;
   virtual void flash() = 0;                                // a refused key
@@ -63,7 +64,8 @@ int fs_null_script(fs_plat *layer, const char *path, std::FILE *out);
 // The recording layer of the tests keeps one of these for every call.
 struct fs_rec_call {
   char op;           // 'r' run, 'c' cursor, 's' status, 'b' bell, 'f' flash, 'a' alert,
-                     // 'x' clear, 'p' palette (line: entry, col: red, count: green)
+                     // 'x' clear, 'p' palette (line: entry, col: red, count: green),
+                     // 't' tick (count: 1 on, 0 off)
   int line;          // first line of a run, or the cursor's line
   int col;           // first column of a run, or the cursor's column
   int count;         // cells of a run

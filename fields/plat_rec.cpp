@@ -29,6 +29,12 @@ void fs_plat_rec::cursor(int line, int col, int) {
   curcol = col;
 }
 
+void fs_plat_rec::tick(int line, int col, int on) {
+  calls.push_back({'t', line, col, on, std::string()});
+  if (line >= 1 && line <= int(ticks.size()) && col >= 1 && col <= cols_)
+    ticks[line - 1][col - 1] = on ? '\'' : ' ';
+}
+
 void fs_plat_rec::status(const std::string &t) {
   calls.push_back({'s', 0, 0, 0, t});
   statusline = t;
@@ -51,6 +57,7 @@ void fs_plat_rec::clear() {
   text.assign(size_t(lines_), std::string(size_t(cols_), ' '));
   hl.assign(size_t(lines_), std::string(size_t(cols_), '0'));
   colour.assign(size_t(lines_), std::vector<int>(size_t(cols_), 64));
+  ticks.assign(size_t(lines_), std::string(size_t(cols_), ' '));
 }
 
 void fs_plat_rec::palette(int entry, int red, int green, int) {

@@ -12,6 +12,7 @@ class fs_nullplat : public fs_plat {
   fs_nullplat(int lines, int cols);
   void run(int, int, const uint16_t *, int, int, int, int) override {}
   void cursor(int, int, int) override {}
+  void tick(int, int, int) override {}
   void status(const std::string &) override {}
   void bell() override;
   void flash() override;
@@ -50,6 +51,7 @@ class fs_plat_rec : public fs_nullplat {
   void run(int line, int col, const uint16_t *text, int count, int hilite, int colour,
            int intensity) override;
   void cursor(int line, int col, int colour) override;
+  void tick(int line, int col, int on) override;
   void status(const std::string &text) override;
   void bell() override;
   void flash() override;
@@ -64,6 +66,7 @@ class fs_plat_rec : public fs_nullplat {
   std::string statusline;          // last status line
   int curline = 0;                 // cursor bar
   int curcol = 0;                  // cursor bar
+  std::vector<std::string> ticks;  // trailing-blank marks, a quote where shown
   int runs() const;                // number of run calls logged
   void forget() { calls.clear(); }
 };

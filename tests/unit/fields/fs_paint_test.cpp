@@ -87,6 +87,27 @@ TEST_F(Paint, SpecialCellsAreShownSafely) {
   EXPECT_EQ(rec->flashes, flashes);
 }
 
+TEST_F(Paint, TrailingBlanksGetTicks) {
+  fsxfield x{};
+  x.limit = -1;
+  x.show_blanks = 1;
+  row r = fld(1, 2, 1, 1, 8);
+  asxfmt(14, r.data(), x);
+  const uint16_t cells[6] = {'a', ' ', 'b', ' ', ' ', FS_NULL};
+  ascput_short(1, 6, cells);
+  asrefresh();
+  EXPECT_EQ(rec->ticks[1].substr(0, 8), "   ''   ");
+  rec->forget();
+  asrefresh();
+  EXPECT_TRUE(rec->calls.empty());
+  put(1, "abc");  // blanks to the end now
+  asrefresh();
+  EXPECT_EQ(rec->ticks[1].substr(0, 8), "   '''''");
+  asfclr();
+  asrefresh();
+  EXPECT_EQ(rec->ticks[1].substr(0, 8), "        ");
+}
+
 TEST_F(Paint, PageSwitchRepaintsWhole) {
   define({fld(1, 1, 1, 1, 5)});
   put(1, "abc");
