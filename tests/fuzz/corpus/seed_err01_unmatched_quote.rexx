@@ -1,0 +1,3 @@
+/* a string left open */
+say 'hello
+say 'done'

@@ -1,0 +1,3 @@
+say 1
+  /* outer /* inner */
+say 2

@@ -1,0 +1,1 @@
+say 'ab cd'x 'a bc'x

@@ -1,0 +1,3 @@
+do i = 1 to 3
+  leave i + 1
+end

@@ -1,0 +1,1 @@
+select; otherwise; nop; end
