@@ -90,6 +90,24 @@ bool target_of(std::string_view ops, std::string &out, bool &named)
     return true;
 }
 
+// The profile macros keep the text they started with.
+constexpr const char *profiles[] = {"profile.vorta", "prof_pdf.vorta", "prof_xedit.vorta"};
+
+// A saved macro or command file runs its new text from the next call on.
+void refresh_macros(const std::string &path)
+{
+    std::string base = path.substr(path.rfind('/') + 1);
+    for (const char *p : profiles)
+        if (base == p)
+            return;
+    for (auto *list : {&rexx_macros, &cmd_files, &flist_macros})
+        for (auto &m : *list)
+            if (m.path == path) {
+                m.loaded = false;
+                m.lines.clear();
+            }
+}
+
 // SAve and FIle alike: 0 when the text is on disk, else the status of the
 // save (3: the user kept the file's protection) or 1.
 int save(const xfcmd &c, unsigned how)
@@ -108,7 +126,10 @@ int save(const xfcmd &c, unsigned how)
     }
     // Operands that spell the file's own name make a plain save.
     named = named && target != xf->fname;
-    return xfsave(target, how & SV_FORCE, how & SV_KEEP, how & SV_DOS, how & SV_VERIFY, named);
+    int st = xfsave(target, how & SV_FORCE, how & SV_KEEP, how & SV_DOS, how & SV_VERIFY, named);
+    if (st == 0)
+        refresh_macros(target);
+    return st;
 }
 
 } // namespace
