@@ -9,13 +9,15 @@ class Keyb : public FieldsTest {
   std::vector<std::string> made;
 
   std::string file(const std::string &text) {
-    char path[] = "/tmp/fs_keybXXXXXX";
-    int fd = mkstemp(path);
+    std::string tmpl = ::testing::TempDir() + "fs_keybXXXXXX";
+    std::vector<char> path(tmpl.begin(), tmpl.end());
+    path.push_back(0);
+    int fd = mkstemp(path.data());
     EXPECT_GE(fd, 0);
     EXPECT_EQ(write(fd, text.data(), text.size()), ssize_t(text.size()));
     close(fd);
-    made.push_back(path);
-    return path;
+    made.push_back(path.data());
+    return path.data();
   }
   void SetUp() override {
     FieldsTest::SetUp();
@@ -121,8 +123,9 @@ TEST_F(Keyb, MissingFileAndType) {
   EXPECT_EQ(asfkeyb(nullptr, 0), 0);
   EXPECT_EQ(as_errno, 0);
   // A directory opens but cannot be read.
-  EXPECT_EQ(asfkeyb("/tmp", 0), 28);
-  EXPECT_STREQ(as_lastmsg, "Error while reading file /tmp");
+  std::string dir = ::testing::TempDir();
+  EXPECT_EQ(asfkeyb(dir.c_str(), 0), 28);
+  EXPECT_EQ(std::string(as_lastmsg), "Error while reading file " + dir);
 }
 
 TEST_F(Keyb, TypeOneMakesPrintScrollPauseFunctionKeys) {

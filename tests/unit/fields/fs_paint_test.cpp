@@ -269,7 +269,10 @@ TEST(NullLayer, ScriptAndDump) {
   const int32_t rows[2][5] = {{1, 2, 3, 1, 8}, {2, 4, 1, 1, 5}};
   asrfmt(2, 5, &rows[0][0]);
   ascput(1, 5, "hello");
-  char path[] = "/tmp/fs_scriptXXXXXX";
+  std::string tmpl = ::testing::TempDir() + "fs_scriptXXXXXX";
+  std::vector<char> name(tmpl.begin(), tmpl.end());
+  name.push_back(0);
+  char *path = name.data();
   int fd = mkstemp(path);
   ASSERT_GE(fd, 0);
   const char script[] = "# a comment\n\ntype X\nkey tab\ntype yz\ndump\nkey enter\n";
