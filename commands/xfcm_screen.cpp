@@ -116,6 +116,8 @@ int xfscreen_apply(const xfscreendef &d, bool check_only)
     while (views.size() < r.size()) {
         auto *v = new xview(*views[0]);
         v->rows.clear();
+        v->cmdline.clear();
+        v->cmdcursor = 0;
         v->msgs.clear();
         v->msgshown = 0;
         v->fileidx = fileidx;

@@ -302,7 +302,9 @@ int xfcom2(std::string_view text, int ctx1, int ctx2)
             xfmsgs(m, 1);
             cmd_rc = -1;
         } else {
-            xfcom2("shell " + line, ctx1, ctx2);
+            // The shell command runs as such; its own failure is its message.
+            const cmd_entry *sh = cmd_lookup("shell");
+            xfcall(sh, sh->fn, "shell " + line, ctx1, ctx2);
             cmd_rc = 0;
         }
     }

@@ -186,8 +186,11 @@ bool type_past_end(int ch)
     asqcur(1, &id, &line, &col);
     where w = locate_field(id);
     if (w.fld == 1) {
+        xfack();
         xv->cmdline.insert(std::min(xv->cmdline.size(), (size_t)std::max(0, col - 1)), 1, (char)ch);
         xv->cmdcursor = col;
+        if (xf)
+            xf->ptcur_i.fld = 1;
         return true;
     }
     if (w.fld != 0 || !autoexp || !xf)
@@ -294,6 +297,8 @@ void xfread(int toplevel)
             read_cursor();
             if (!type_past_end(value))
                 fsalrm();
+            else
+                xfdisplay(); // the line grew: lay the page out again
             continue;
         case 47: case 48: // a cursor key at the edge of the file area
             read_cursor();

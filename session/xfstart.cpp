@@ -414,6 +414,7 @@ int xfmain(int argc, char **argv)
         if (fsinit((int)words.size(), av.data(), layer) < 0)
             die("vorta: can't initialize");
         fsinit2();
+        asfmousemode("WINDOWS"); // the left button places the cursor
         if (fs_null_script(layer, o.keys.c_str(), stdout) != 0)
             die("vorta: can't initialize");
     }

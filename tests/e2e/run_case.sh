@@ -11,6 +11,8 @@
 #   screen  expected standard output of a keys case (the dumps)
 #   env     extra NAME=VALUE lines for the environment
 #   setup/  files copied into the work folder before the run
+#   gen     a shell script run in the work folder before the run, for inputs
+#           too large to keep in the tree
 #   out     expected contents of the file after the run
 #   msgs    expected @messages of the batch run (absent file = no messages)
 #   stdout, stderr   expected standard output and error
@@ -26,6 +28,7 @@ name=file
 [ -f "$case_dir/name" ] && name=$(head -n1 "$case_dir/name")
 [ -f "$case_dir/in" ] && cp "$case_dir/in" "$work/$name"
 [ -d "$case_dir/setup" ] && cp -R "$case_dir/setup/." "$work/"
+[ -f "$case_dir/gen" ] && (cd "$work" && bash "$case_dir/gen")
 
 args=()
 if [ -f "$case_dir/args" ]; then
@@ -35,13 +38,13 @@ elif [ -f "$case_dir/keys" ]; then
   if [ -f "$case_dir/cmd" ]; then
     while IFS= read -r line || [ -n "$line" ]; do args+=(-c "$line"); done < "$case_dir/cmd"
   fi
-  [ -f "$case_dir/in" ] && args+=("$name")
+  { [ -f "$case_dir/in" ] || [ -f "$case_dir/gen" ]; } && args+=("$name")
 else
   args=(-batch -np)
   if [ -f "$case_dir/cmd" ]; then
     while IFS= read -r line || [ -n "$line" ]; do args+=(-c "$line"); done < "$case_dir/cmd"
   fi
-  [ -f "$case_dir/in" ] && args+=("$name")
+  { [ -f "$case_dir/in" ] || [ -f "$case_dir/gen" ]; } && args+=("$name")
 fi
 
 envs=(HOME="$work/home" XDG_DATA_HOME="$work/home/.local/share" XDG_CONFIG_HOME="$work/home/.config")

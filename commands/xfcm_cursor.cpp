@@ -1,0 +1,241 @@
+// Commands of the keys that move the cursor or the view: HOme, the line
+// ends (C_ENDLine, C_ENDCurl), splitting and joining (C_SPlit, SPLTJOIN),
+// adding a line at the cursor (C_LINEAdd), paging (PGUp, PGDown), shifting the
+// view sideways (LEft, RIght) and word moves (PREVWord, NEXTWord).
+#include "commands/commands.h"
+#include "commands/handlers.h"
+#include "commands/internal.h"
+#include "session/xed.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace {
+
+constexpr int CURSOR_PRIO = 30; // after a command
+
+void propose(int fld, int32_t li, int32_t col)
+{
+    xfcursor c = xf->ptcur_i;
+    c.ec = xvidx;
+    c.fld = fld;
+    c.li = li;
+    c.col = std::max(0, col);
+    c.prio = CURSOR_PRIO;
+    xf->curstack.push_back(c);
+}
+
+// The line the cursor stands on in the file area, or -2.
+int32_t cursor_line()
+{
+    const xfcursor &c = xf->ptcur_i;
+    return c.fld == 0 && c.li >= 0 && c.li < nbli() ? c.li : -2;
+}
+
+std::string text_of(int32_t li)
+{
+    const xfline &l = xf->lines[li];
+    return std::string(l.text, (size_t)l.len);
+}
+
+// A page is the view's file rows less one, so a line stays in sight.
+int page_size() { return std::max(1, (int)xv->rows.size() - 1); }
+
+bool word_char(char ch) { return std::isalnum((unsigned char)ch) || ch == '_'; }
+
+} // namespace
+
+int xfcm_home(const xfcmd &c)
+{
+    xftrace("Commande xfcm_home");
+    (void)c;
+    if (!xf)
+        return 1;
+    if (xf->ptcur_i.fld == 1) {
+        int32_t li = std::max(0, std::min(curline(), nbli() - 1));
+        if (nbli() > 0)
+            propose(0, li, 0);
+    } else {
+        propose(1, -1, 0);
+        xv->cmdcursor = 0;
+    }
+    return 1;
+}
+
+int xfcm_endline(const xfcmd &c)
+{
+    xftrace("Commande xfcm_endline");
+    (void)c;
+    if (!xf)
+        return 1;
+    int32_t li = cursor_line();
+    if (li >= 0)
+        propose(0, li, xf->lines[li].len);
+    return 1;
+}
+
+int xfcm_endcurl(const xfcmd &c)
+{
+    xftrace("Commande xfcm_endcurl");
+    (void)c;
+    if (!xf)
+        return 1;
+    int32_t li = curline();
+    if (li >= 0 && li < nbli())
+        propose(0, li, xf->lines[li].len);
+    return 1;
+}
+
+// Split the cursor's line at the cursor; past the line's end, join the next
+// line to it instead.
+int xfcm_split(const xfcmd &c)
+{
+    xftrace("Commande xfcm_split");
+    (void)c;
+    if (!xf)
+        return 1;
+    int32_t li = cursor_line();
+    if (li < 0)
+        return 1;
+    std::string t = text_of(li);
+    int32_t col = xf->ptcur_i.col;
+    if (col >= (int32_t)t.size()) {
+        if (li + 1 >= nbli())
+            return 1;
+        t.resize((size_t)col, ' ');
+        std::string next = text_of(li + 1);
+        size_t b = next.find_first_not_of(' ');
+        t += b == std::string::npos ? std::string() : next.substr(b);
+        xf_do('r', t, li, "xfcm_split:join");
+        xf_do('d', nullptr, li + 1, 1, 1, nullptr, "xfcm_split:join");
+        xfshift_up(li + 1, 1, li);
+        propose(0, li, col);
+        return 1;
+    }
+    std::string head = t.substr(0, (size_t)col), tail = t.substr((size_t)col);
+    size_t indent = t.find_first_not_of(' ');
+    if (indent == std::string::npos || (int32_t)indent > col)
+        indent = 0;
+    while (!head.empty() && head.back() == ' ' && !xf->keepblanks)
+        head.pop_back();
+    xf_do('r', head, li, "xfcm_split");
+    xf_do('i', std::string(indent, ' ') + tail, li, "xfcm_split");
+    xfshift_down(li, 1);
+    propose(0, li + 1, (int32_t)indent);
+    return 1;
+}
+
+int xfcm_lineadd(const xfcmd &c)
+{
+    xftrace("Commande xfcm_lineadd");
+    (void)c;
+    if (!xf)
+        return 1;
+    int32_t li = cursor_line();
+    xfadd(li >= 0 ? li : curline(), 1, 1);
+    return 1;
+}
+
+int xfcm_pgdown(const xfcmd &c)
+{
+    xftrace("Commande xfcm_pgdown");
+    (void)c;
+    if (xf)
+        curline() = std::min(curline() + page_size(), std::max(topline, nbli() - 1));
+    return 1;
+}
+
+int xfcm_pgup(const xfcmd &c)
+{
+    xftrace("Commande xfcm_pgup");
+    (void)c;
+    if (xf)
+        curline() = std::max(topline, curline() - page_size());
+    return 1;
+}
+
+namespace {
+
+// LEft n and RIght n shift the view's first column.
+int shift_view(const xfcmd &c, int dir)
+{
+    if (!xf)
+        return 1;
+    std::string_view op = xftrim(c.ops());
+    long n = 1;
+    if (!op.empty() && (!xfnumber(op, n) || n < 1)) {
+        xfmsg(16, 1);
+        cmd_rc = 5;
+        return 1;
+    }
+    int32_t &first = xv->perfile[(size_t)xfidx].verify[0];
+    first = (int32_t)std::max<long>(1, first + dir * n);
+    return 1;
+}
+
+} // namespace
+
+int xfcm_left(const xfcmd &c)
+{
+    xftrace("Commande xfcm_left");
+    return shift_view(c, -1);
+}
+
+int xfcm_right(const xfcmd &c)
+{
+    xftrace("Commande xfcm_right");
+    return shift_view(c, 1);
+}
+
+// The start of the next or the previous word, across lines.
+int xfcm_nextword(const xfcmd &c)
+{
+    xftrace("Commande xfcm_nextword");
+    (void)c;
+    if (!xf)
+        return 1;
+    int32_t li = cursor_line();
+    if (li < 0)
+        return 1;
+    int32_t col = xf->ptcur_i.col;
+    for (; li < nbli(); li++, col = -1) {
+        std::string t = text_of(li);
+        size_t i = (size_t)std::max(0, col);
+        if (col >= 0)
+            while (i < t.size() && word_char(t[i]))
+                i++;
+        while (i < t.size() && !word_char(t[i]))
+            i++;
+        if (i < t.size()) {
+            propose(0, li, (int32_t)i);
+            return 1;
+        }
+    }
+    return 1;
+}
+
+int xfcm_prevword(const xfcmd &c)
+{
+    xftrace("Commande xfcm_prevword");
+    (void)c;
+    if (!xf)
+        return 1;
+    int32_t li = cursor_line();
+    if (li < 0)
+        return 1;
+    int32_t col = xf->ptcur_i.col;
+    for (; li >= 0; li--) {
+        std::string t = text_of(li);
+        long i = std::min<long>(col, (long)t.size()) - 1;
+        while (i >= 0 && !word_char(t[(size_t)i]))
+            i--;
+        while (i > 0 && word_char(t[(size_t)i - 1]))
+            i--;
+        if (i >= 0 && word_char(t[(size_t)i])) {
+            propose(0, li, (int32_t)i);
+            return 1;
+        }
+        col = 1 << 30;
+    }
+    return 1;
+}
