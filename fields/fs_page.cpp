@@ -310,14 +310,22 @@ int fsinit(int argc, char **argv, fs_plat *layer) {
   return out;
 }
 
+// Measures the grid and makes a fresh page 0. Called by fsinit, and again by
+// a caller that measures anew: pages made for another grid size cannot stay.
 void fsinit2() {
+  if (!fs.started) return;
   if (fs.plat) fs.plat->geometry(fs.m);
   int cw = fs.m.cell_w > 0 ? fs.m.cell_w : 1;
   int ch = fs.m.cell_h > 0 ? fs.m.cell_h : 1;
-  fs.nb_cols = fs.plat ? fs.m.client_w / cw : 80;
-  fs.nb_lines = fs.plat ? fs.m.client_h / ch - 1 : 24;
-  if (fs.nb_cols < 1) fs.nb_cols = 1;
-  if (fs.nb_lines < 1) fs.nb_lines = 1;
+  int lines = fs.plat ? fs.m.client_h / ch - 1 : 24;
+  int cols = fs.plat ? fs.m.client_w / cw : 80;
+  if (cols < 1) cols = 1;
+  if (lines < 1) lines = 1;
+  if (lines != fs.nb_lines || cols != fs.nb_cols) fs.pages.clear();
+  int zero = fs_slot(0);
+  if (zero >= 0) fs.pages[zero] = fs_pagerec();
+  fs.nb_lines = lines;
+  fs.nb_cols = cols;
   size_t n = size_t(fs.nb_lines) * size_t(fs.nb_cols);
   fs.sh.text.assign(n, 32);
   fs.sh.hilite.assign(n, 0);

@@ -186,6 +186,32 @@ TEST_F(Layout, NotStartedWords) {
   EXPECT_STREQ(as_lastmsg, "fsinit : secondary entrance forbidden");
 }
 
+TEST_F(Layout, MeasuringAgainMakesAFreshPageZero) {
+  define({fld(1, 1, 1, 1, 5)});
+  fspcrt(4);
+  fsinit2();
+  EXPECT_EQ(fs_curpage(), 0u);
+  EXPECT_EQ(asq_ff(1), 1);
+  EXPECT_STREQ(as_lastmsg, "asq_ff: invalid field");
+  fspsel(4);  // same size: other pages stay
+  EXPECT_EQ(as_errno, 0);
+  fspdel(4);
+  fspsel(0);
+  fspcrt(4);
+  EXPECT_EQ(as_errno, 0);  // only one page 4, only one page 0
+  fspdel(4);
+  fspsel(4);
+  EXPECT_EQ(as_errno, 28);
+  rec->size(10, 30);
+  fsinit2();
+  fspsel(4);
+  EXPECT_EQ(as_errno, 28);
+  int l, c;
+  fs_grid(&l, &c);
+  EXPECT_EQ(l, 10);
+  EXPECT_EQ(c, 30);
+}
+
 TEST_F(Layout, WindowOptionsAreTakenOut) {
   fsend();
   char a0[] = "xed", a1[] = "-height", a2[] = "30", a3[] = "file", a4[] = "/Ww", a5[] = "100",
