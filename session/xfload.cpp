@@ -140,7 +140,6 @@ void run_reprofile()
 {
     for (auto &m : rexx_macros)
         if (m.name == "reprofile") {
-            xfmsgs("macro reprofile", 0);
             xfcom2("macro reprofile");
             return;
         }
