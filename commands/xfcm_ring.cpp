@@ -4,6 +4,10 @@
 #include "commands/handlers.h"
 #include "commands/internal.h"
 #include "session/xed.h"
+#include "session/xfpage.h"
+#include "fields/fields.h"
+
+#include <cstdio>
 
 namespace {
 
@@ -12,6 +16,30 @@ enum : unsigned {
     QUIT_ASK = 2,    // ask for confirmation (AQUIT)
     QUIT_EMPTY = 4,  // empty the macro stack afterwards
 };
+
+// The name of the key that asread reported, for the confirmation.
+std::string key_name(int code, int value)
+{
+    static const char *const prefixes[8] = {"", "S-", "C-", "M-", "S+C-", "S+M-", "C+M-", "S+C+M-"};
+    int bank = code == 8 ? 0 : code == 1 ? 1 : code == 9 ? 2 : -1;
+    if (bank < 0)
+        return "ENTER";
+    int n = as_nbkeys[bank] > 0 ? as_nbkeys[bank] : 1;
+    int state = (value - 1) / n, k = (value - 1) % n + 1;
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%s%c%d", prefixes[state & 7], "LFR"[bank], k);
+    return buf;
+}
+
+// From a key, a changed file is left only when the same key comes again.
+bool confirmed_by_key()
+{
+    int code = aid, value = aid_value;
+    xfmsgs("..... " + key_name(code, value) + " to confirm quit", 2);
+    xfdisplay();
+    xfread(0);
+    return aid == code && aid_value == value;
+}
 
 int quit(const xfcmd &c, unsigned how)
 {
@@ -28,9 +56,14 @@ int quit(const xfcmd &c, unsigned how)
             xfexit(0);
         return 1;
     }
-    // With no screen there is nobody to confirm: asking refuses as PQUIT does.
-    if ((how & QUIT_ASK) && batch)
-        how = (how & ~QUIT_ASK) | QUIT_EMPTY;
+    if ((how & QUIT_ASK) && xf->chgcount != 0 && !batch && cmd_source == 1 && fs_layer()) {
+        if (!confirmed_by_key())
+            return 1;
+        how |= QUIT_ANYWAY;
+    }
+    // With nobody to confirm, asking refuses as PQUIT does.
+    if (how & QUIT_ASK)
+        how = (how & ~QUIT_ASK) | (batch ? QUIT_EMPTY : 0);
     if (xf->chgcount != 0 && !(how & QUIT_ANYWAY)) {
         xfmsg(174, 1);
         cmd_rc = 12;
@@ -45,6 +78,7 @@ int quit(const xfcmd &c, unsigned how)
         if (autoexit)
             xfexit(0);
         cmd_rc = 1;
+        keep_rc_quiet = 1; // the empty ring is a normal state, not a failure
     }
     if (has_code)
         cmd_rc = (int)code;
