@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# Per-key cost of the editor's page: a scripted session of 500 keys (typing,
+# scrolling, ENTER) on a 2-million-line file, 60 by 200, through the headless
+# screen, against the same start with no keys.
+# Usage: bench/keys.sh [path to xed]   (default build/xed)
+set -eu
+xed=${1:-$(dirname "$0")/../build/xed}
+xed=$(realpath "$xed")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+awk 'BEGIN { for (i = 1; i <= 2000000; i++) printf "line %d of a source-like file with some text\n", i }' > big.txt
+printf 'resize 60 200\n' > none.keys
+{
+  printf 'resize 60 200\n'
+  for i in $(seq 1 25); do
+    printf 'key f8\n'                 # a page forward
+    for k in 1 2 3 4 5; do printf 'key downarrow\n'; done
+    printf 'type abcdefgh\n'          # eight characters typed into a line
+    printf 'key enter\n'
+    printf 'key f7\n'                 # a page back
+    printf 'wheel down\n'
+    printf 'wheel down\n'
+  done
+} > session.keys
+keys=$(grep -c -v resize session.keys)
+chars=$((25 * 7))                     # "type abcdefgh" lines count 8 keys each
+keys=$((keys + chars))
+median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
+time_of() { # prints the median seconds of 3 runs
+  for k in 1 2 3; do
+    /usr/bin/time -f "%e" -o t.out "$xed" -np -keys "$1" big.txt >/dev/null 2>&1 || true
+    cat t.out
+  done | median
+}
+base=$(time_of none.keys)
+full=$(time_of session.keys)
+awk -v b="$base" -v f="$full" -v k="$keys" 'BEGIN {
+  printf "start and load, no keys   %6.2f s\n", b
+  printf "with %d keys             %6.2f s\n", k, f
+  printf "per key                   %6.3f ms\n", (f - b) * 1000 / k }'
