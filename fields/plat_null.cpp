@@ -25,11 +25,13 @@
 //   dumpattr               as dump, then the hilite, colour and intensity
 //                          planes, one symbol a cell
 //
-// A key NAME is an optional prefix s-, c-, m- or a combination of two or three
-// of s, c, m joined by + (s+c-, c+m-, s+c+m-, ...), then one of: enter,
-// return, tab, backspace, delete, escape, insert, home, end, pageup, pagedown,
-// uparrow, downarrow, leftarrow, rightarrow, printscreen, scrolllock, pause,
-// rctrl, ralt, f1 to f24, l1 to l12, r1 to r15, or a single character.
+// A key NAME is an optional prefix s-, c-, m- (l- and r- are m- too) or a
+// combination of two or three of s, c, m joined by + (s+c-, c+m-, s+c+m-, ...),
+// then one of: enter, return, tab, backspace, delete, escape, insert, home,
+// end, pageup, pagedown, uparrow, downarrow, leftarrow, rightarrow,
+// printscreen, scrolllock, pause, rctrl (right Ctrl alone), ralt (right Alt
+// alone), f1 to f24 (or pf1 to pf24), l1 to l12, r1 to r15, or a single
+// character.
 // Each script line takes one second of the layer's clock, so two clicks on
 // different lines are never a double click.
 #include "fields/fields.h"
@@ -75,7 +77,7 @@ bool parsekey(std::string w, fs_event &e, int &ch) {
       }
       if (c == 's') e.modifiers |= FSM_SHIFT;
       else if (c == 'c') e.modifiers |= FSM_CTRL;
-      else if (c == 'm') e.modifiers |= FSM_ALT;
+      else if (c == 'm' || c == 'l' || c == 'r') e.modifiers |= FSM_ALT;
       else return false;
     }
     if (dash % 2 == 0) return false;
@@ -97,6 +99,7 @@ bool parsekey(std::string w, fs_event &e, int &ch) {
     int max;      // keys
     int base;     // code of key 0
   } banks[] = {{'f', 24, FSK_F0}, {'l', 12, FSK_EXTRA1 - 1}, {'r', 15, FSK_PRINT - 1}};
+  if (w.size() > 2 && tolower(w[0]) == 'p' && tolower(w[1]) == 'f') w = w.substr(1);
   char b = char(tolower(w[0]));
   for (const auto &k : banks) {
     if (b != k.letter) continue;

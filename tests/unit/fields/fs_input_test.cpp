@@ -442,6 +442,9 @@ TEST_F(Input, ShiftRuleForAllEightStates) {
   // Without asfup the release is not reported.
   read("key f1");
   EXPECT_EQ(read("key enter").code, 0);
+  // The other spellings of the key grammar.
+  EXPECT_EQ(read("key l-pf2").value, 3 * 12 + 2);
+  EXPECT_EQ(read("key C+S-F2").value, 4 * 12 + 2);
   // Bank counts change the numbers.
   as_nbkeys[1] = 24;
   EXPECT_EQ(read("key s-f3").value, 27);
