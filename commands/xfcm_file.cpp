@@ -90,22 +90,35 @@ bool target_of(std::string_view ops, std::string &out, bool &named)
     return true;
 }
 
-// The profile macros keep the text they started with.
-constexpr const char *profiles[] = {"profile.vorta", "prof_pdf.vorta", "prof_xedit.vorta"};
+// Profile macros: saving one asks no question, and its macro table entry
+// is dropped rather than refreshed.
+constexpr const char *profiles[] = {"profile.vorta", "prof_pdf.vorta", "prof_xedit.vorta",
+                                    "pdfprof.vorta", "xeditprof.vorta"};
+
+bool is_profile(const std::string &path)
+{
+    std::string base = xffold(path.substr(path.rfind('/') + 1));
+    for (const char *p : profiles)
+        if (base == p)
+            return true;
+    return false;
+}
 
 // A saved macro or command file runs its new text from the next call on.
 void refresh_macros(const std::string &path)
 {
-    std::string base = path.substr(path.rfind('/') + 1);
-    for (const char *p : profiles)
-        if (base == p)
-            return;
-    for (auto *list : {&rexx_macros, &cmd_files, &flist_macros})
+    bool drop = is_profile(path);
+    for (auto *list : {&rexx_macros, &cmd_files, &flist_macros}) {
         for (auto &m : *list)
             if (m.path == path) {
                 m.loaded = false;
                 m.lines.clear();
             }
+        if (drop)
+            list->erase(std::remove_if(list->begin(), list->end(),
+                                       [&](const xfmacro &m) { return m.path == path; }),
+                        list->end());
+    }
 }
 
 // SAve and FIle alike: 0 when the text is on disk, else the status of the
@@ -126,6 +139,8 @@ int save(const xfcmd &c, unsigned how)
     }
     // Operands that spell the file's own name make a plain save.
     named = named && target != xf->fname;
+    if (is_profile(target))
+        how |= SV_FORCE;
     int st = xfsave(target, how & SV_FORCE, how & SV_KEEP, how & SV_DOS, how & SV_VERIFY, named);
     if (st == 0)
         refresh_macros(target);
