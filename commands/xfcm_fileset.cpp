@@ -190,7 +190,11 @@ int xfcm_fileconv(const xfcmd &c)
 int xfcm_isoconv(const xfcmd &c)
 {
     xftrace("Commande xfcm_isoconv");
-    return xfonoff(c, isoconv);
+    int on = isoconv;
+    xfonoff(c, on);
+    if (on != isoconv)
+        xfisoconv_set(on);
+    return 1;
 }
 
 int xfcm_backup(const xfcmd &c)

@@ -301,6 +301,7 @@ extern int eol_empty;              // eol_kind of a file with no lines
 extern int isoconv;                // ISOCONV ON: the tables apply
 extern unsigned char readtab[256]; // byte translation on reading
 extern unsigned char writetab[256]; // byte translation on writing
+void xfisoconv_set(int on);        // ISOCONV ON or OFF, with its tables
 extern int backup_on;              // BACKUP ON
 extern std::string bak_suffix;     // backup of a save
 extern std::string reload_suffix;  // backup of a reload of an unchanged file

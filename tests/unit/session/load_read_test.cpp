@@ -53,6 +53,7 @@ protected:
         topline = -1;
         lastfiles_on = 1;
         noreload_once = 0;
+        xfisoconv_set(0);
         cdpath.assign(1, dir + "/");
     }
     void TearDown() override
@@ -98,6 +99,26 @@ TEST_F(Load, FileConvUnixKeepsCarriageReturns)
     load("one\r\n");
     EXPECT_EQ(line(0), "one\r");
     EXPECT_EQ(xf->eol_kind, 1);
+}
+
+TEST_F(Load, IsoConvTranslatesBothWays)
+{
+    xfcmdline("isoconv on");
+    ASSERT_EQ(isoconv, 1);
+    load("caf\x82 \x9c\n\xc4\n");
+    EXPECT_EQ(line(0), "caf\xe9 \xa3") << "e acute and the pound sign in ISO";
+    EXPECT_EQ(line(1), "\x8f") << "a box-drawing character takes a control slot";
+    xfcmdline("save");
+    EXPECT_EQ(slurp(dir + "/f.txt"), "caf\x82 \x9c\n\xc4\n");
+    std::string every;
+    for (int b = 0; b < 256; b++)
+        every += (char)b;
+    load(every, "all.dat");
+    xfcmdline("save");
+    EXPECT_EQ(slurp(dir + "/all.dat"), every) << "the two tables are each other's inverse";
+    xfcmdline("isoconv off");
+    load("\x82\n", "off.txt");
+    EXPECT_EQ(line(0), "\x82");
 }
 
 TEST_F(Load, EmptyFilesAndTheLastRecord)
