@@ -210,9 +210,16 @@ bool reads_command_line(std::string_view def)
 int set_nbkeys(std::string_view ops)
 {
     long n[3];
-    for (long &v : n)
-        if (!xfnumber(xfword(ops), v) || v > 1000000 || v < -1000000)
+    for (long &v : n) {
+        std::string_view w = xfword(ops);
+        bool neg = !w.empty() && w.front() == '-';
+        if (neg)
+            w.remove_prefix(1);
+        if (!xfnumber(w, v) || v > 1000000)
             return bad();
+        if (neg)
+            v = -v;
+    }
     if (!xftrim(ops).empty())
         return bad();
     return xfkeys_nbkeys(int(n[0]), int(n[1]), int(n[2]));
