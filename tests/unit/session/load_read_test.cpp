@@ -52,6 +52,9 @@ protected:
         keepblanks_global = bin_global = -1;
         topline = -1;
         lastfiles_on = 1;
+        lastfiles_max = 30;
+        backup_on = 1;
+        bak_suffix = reload_suffix = "%";
         noreload_once = 0;
         xfisoconv_set(0);
         cdpath.assign(1, dir + "/");
@@ -119,6 +122,47 @@ TEST_F(Load, IsoConvTranslatesBothWays)
     xfcmdline("isoconv off");
     load("\x82\n", "off.txt");
     EXPECT_EQ(line(0), "\x82");
+}
+
+TEST_F(Load, SettingsCommandsReportAndCheck)
+{
+    struct {
+        const char *cmd;   // command given
+        const char *said;  // the message it leaves
+    } rows[] = {
+        {"autobin", "..... Is ON"},
+        {"fileconv", "..... Is unix auto unix"},
+        {"fileconv windows unix", ""},
+        {"fileconv", "..... Is windows unix unix"},
+        {"fileconv dos", "..... Invalid parameters"},
+        {"limit 5", ""},
+        {"limit", "..... Is 5"},
+        {"limit -1", "..... Invalid parameters"},
+        {"backup off .bak", ""},
+        {"backup", "..... Is OFF .bak .bak"},
+        {"autobin on 9 10 13", "..... Invalid parameters"},
+        {"lastfiles on 0", "..... Invalid parameters"},
+        {"saveclearundo", "..... Is OFF"},
+    };
+    for (auto &r : rows) {
+        last_message.clear();
+        xfcmdline(r.cmd);
+        EXPECT_EQ(last_message, r.said) << r.cmd;
+    }
+    EXPECT_EQ(eol_default, 0);
+    EXPECT_EQ(fileconv_read, 1);
+    EXPECT_EQ(load_limit, 5);
+    EXPECT_EQ(bak_suffix, ".bak");
+    xfcmdline("autobin on 9 10 12 13 26 27");
+    EXPECT_EQ(autobin_allowed.size(), 6u);
+    load("esc\x1b\n");
+    EXPECT_EQ(xf->bin, 0) << "byte 27 is allowed now";
+    xfcmdline("binary on");
+    EXPECT_EQ(xf->bin, 1);
+    EXPECT_EQ(xf->keepblanks, 1) << "BIN keeps blanks";
+    xfcmdline("rw off");
+    xfcmdline("rw");
+    EXPECT_EQ(last_message, "..... Is OFF");
 }
 
 TEST_F(Load, EmptyFilesAndTheLastRecord)
