@@ -5,6 +5,7 @@
 // Finds the program, puts the prelude in front, lexes and parses it. A syntax
 // error is reported on standard error and its number is the exit status.
 #include "rexx/rexx.h"
+#include "rexx/run.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -44,16 +45,6 @@ std::string program_argument(int argc, char** argv)
   return arg;
 }
 
-// Running the tree belongs to the clause walker; until it is linked in, a
-// program that parses cleanly ends here with status 0.
-int run_program(const rx_prog& prog, const rx_src& src, const std::string& arg)
-{
-  (void)prog;
-  (void)src;
-  (void)arg;
-  return 0;
-}
-
 }  // namespace
 
 int main(int argc, char** argv)
@@ -75,5 +66,7 @@ int main(int argc, char** argv)
     std::fwrite(report.data(), 1, report.size(), stderr);
     return e;
   }
-  return run_program(prog, src, program_argument(argc, argv));
+  std::string arg = program_argument(argc, argv);
+  rx_arg one{arg.data(), arg.size()};
+  return rx_run_prog(prog, src, &one, argc > 2 ? 1 : 0);
 }

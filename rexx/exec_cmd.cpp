@@ -1,0 +1,149 @@
+// Command clauses and host environments: the environment table, the
+// commands every environment runs itself, running a process through the
+// shell, and what follows a command: trace, RC, ERROR and FAILURE.
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <vector>
+
+#include "rexx/exec_int.h"
+
+extern char** environ;
+
+namespace {
+
+struct envrow {
+  std::string name;   // upper-case name
+  rx_env_handler h;   // its handler
+  void* ctx;          // context word handed to the handler
+};
+
+int run_process(const std::string& cmd)
+{
+  std::fflush(stdout);
+  std::fflush(stderr);
+  const char* argv[] = {"/bin/sh", "-c", cmd.c_str(), nullptr};
+  pid_t pid;
+  int e = posix_spawn(&pid, "/bin/sh", nullptr, nullptr, const_cast<char**>(argv), environ);
+  if (e != 0) {
+    std::string msg = "Unable to create process; Error is: \"";
+    msg += std::strerror(e);
+    msg += "\"\n";
+    rx_out_trace(msg);
+    return 28;
+  }
+  int status = 0;
+  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+  }
+  if (WIFEXITED(status)) return WEXITSTATUS(status);
+  return WIFSIGNALED(status) ? -WTERMSIG(status) : -1;
+}
+
+// Commands that no environment sends to a process.
+bool local_command(const char* cmd, size_t len, int& rc)
+{
+  std::string word;
+  size_t p = 0;
+  while (p < len && cmd[p] == ' ') p++;
+  while (p < len && cmd[p] != ' ') word += (char)std::tolower((unsigned char)cmd[p++]);
+  if (word == "sentries") {
+    rc = (int)rx_stack_count();
+    return true;
+  }
+  return false;
+}
+
+int direct_handler(const char* cmd, size_t len, void*, bool*)
+{
+  int rc;
+  if (local_command(cmd, len, rc)) return rc;
+  return run_process(std::string(cmd, len));
+}
+
+// SH, CSH, TCSH, KSH: the variable of that name, when set, goes in front.
+int shell_handler(const char* cmd, size_t len, void* ctx, bool*)
+{
+  int rc;
+  if (local_command(cmd, len, rc)) return rc;
+  std::string line(cmd, len);
+  if (const char* pre = std::getenv(static_cast<const char*>(ctx))) line = std::string(pre) + " " + line;
+  return run_process(line);
+}
+
+std::vector<envrow>& table()
+{
+  static std::vector<envrow> t = {
+    {"WINDOWS", direct_handler, nullptr}, {"UNIX", direct_handler, nullptr},
+    {"SH", shell_handler, (void*)"SH"},   {"CSH", shell_handler, (void*)"CSH"},
+    {"TCSH", shell_handler, (void*)"TCSH"}, {"KSH", shell_handler, (void*)"KSH"},
+    {"EXEC", direct_handler, nullptr},
+  };
+  return t;
+}
+
+int default_env = 0;
+
+}  // namespace
+
+int rx_env_default() { return default_env; }
+
+int rx_env_find(std::string_view name)
+{
+  std::string up(name);
+  for (char& c : up) c = (char)std::toupper((unsigned char)c);
+  auto& t = table();
+  for (size_t i = 0; i < t.size(); i++)
+    if (t[i].name == up) return (int)i;
+  return -1;
+}
+
+std::string rx_env_name(int index)
+{
+  auto& t = table();
+  return index >= 0 && (size_t)index < t.size() ? t[(size_t)index].name : std::string();
+}
+
+void rx_env_register(std::string_view name, rx_env_handler h, void* ctx, bool make_current)
+{
+  auto& t = table();
+  int i = rx_env_find(name);
+  if (!h) {
+    if (i >= 0) t.erase(t.begin() + i);
+    if ((size_t)default_env >= t.size()) default_env = 0;
+    return;
+  }
+  if (i < 0) {
+    std::string up(name);
+    for (char& c : up) c = (char)std::toupper((unsigned char)c);
+    t.push_back({up, h, ctx});
+    i = (int)t.size() - 1;
+  } else {
+    t[(size_t)i].h = h;
+    t[(size_t)i].ctx = ctx;
+  }
+  if (make_current) default_env = i;
+}
+
+void rx_command(const std::string& cmd, int env)
+{
+  rx_run_state& st = *rx_st;
+  auto& t = table();
+  int rc = 0;
+  if (!(st.lv.trace & TR_INHIBIT) && env >= 0 && (size_t)env < t.size()) {
+    bool stop = false;
+    rc = t[(size_t)env].h(cmd.data(), cmd.size(), t[(size_t)env].ctx, &stop);
+    if (stop) throw rx_exit_jump{};
+  }
+  int tr = st.lv.trace;
+  if (((tr & TR_E) && rc != 0) || ((tr & TR_N) && rc < 0)) rx_trace_command_rc(nullptr, cmd, rc);
+  st.last_cmd = cmd;
+  char buf[32];
+  int n = std::snprintf(buf, sizeof buf, "%d", rc);
+  rx_set_name(st.prog->opts.symcase == CASE_LOWER ? "rc" : "RC", value(buf, (size_t)n));
+  if (rc < 0 && st.lv.cond[CN_FAILURE].state != CS_OFF) rx_condition(CN_FAILURE, cmd);
+  else if (rc != 0) rx_condition(CN_ERROR, cmd);
+}

@@ -1,0 +1,76 @@
+// Running REXX programs: the run entry, the host environments a command
+// clause talks to, and the process stack shared by every run.
+//
+// run_rx may be called again while a run is active (a host command that
+// starts another macro); the inner run saves the whole interpreter state
+// and gives it back when it ends, so nothing of one run leaks into another.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+struct rx_prog;
+struct rx_src;
+
+// One argument handed by a caller: text and length.
+struct rx_arg {
+  const char* text;  // the argument's bytes
+  size_t len;        // their count
+};
+
+// Where a run's output goes. Tests and the editor may point these elsewhere.
+struct rx_io {
+  void (*say)(const char* s, size_t n) = nullptr;    // SAY lines, the newline included; null: stdout
+  void (*trace)(const char* s, size_t n) = nullptr;  // trace and error reports; null: stderr
+  // Reads one console line without its newline; false at end of input.
+  // Null: standard input.
+  bool (*read_line)(std::string& out) = nullptr;
+};
+extern rx_io rx_console;  // the console of every run in the process
+
+// The macro's result after a run: the text EXIT or RETURN gave, when any.
+struct rx_result {
+  bool has_text = false;  // a value was returned
+  std::string text;       // its text
+};
+
+// Runs a program file. `command` is the file name followed by its argument
+// string; args/nargs, when given, replace that argument string. `home` is the
+// installation directory (where the prelude may live). Gives the numeric
+// result, -1 when the file cannot be opened or read, or the error number of
+// a syntax or run-time error. `result` receives the text result if given.
+int run_rx(const std::string& command, const rx_arg* args, int nargs, const std::string& home,
+           rx_result* result = nullptr);
+
+// Runs an already parsed program with its source; the same results as
+// run_rx. The program is not changed by the run, except for the constant
+// caches that the run fills and empties again.
+int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
+                rx_result* result = nullptr);
+
+// Whether a run is active (a call of run_rx from a host command nests).
+bool rx_running();
+
+// The editor's event poll, called every 20 clauses; null for none.
+extern void (*rx_poll_hook)();
+
+// ---- host environments --------------------------------------------------------
+
+// A handler runs a command and gives its return code. Setting *stop asks
+// the macro to end.
+using rx_env_handler = int (*)(const char* cmd, size_t len, void* ctx, bool* stop);
+
+// Adds or replaces an environment (names are kept in upper case); a null
+// handler deletes it. With make_current it becomes the current one.
+void rx_env_register(std::string_view name, rx_env_handler h, void* ctx, bool make_current);
+
+// ---- the process stack -----------------------------------------------------------
+
+void rx_stack_push(std::string_view s);   // PUSH: to the top
+void rx_stack_queue(std::string_view s);  // QUEUE: to the bottom
+// Takes the top entry; false when the stack is empty.
+bool rx_stack_pull(std::string& out);
+size_t rx_stack_count();                  // QUEUED()
+void rx_stack_clear();
