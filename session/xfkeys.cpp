@@ -328,3 +328,18 @@ int xfkey_selection(int code, int value)
             return s;
     return -1;
 }
+
+bool xfkey_code(const xfkeyref &r, int &code, int &modifiers)
+{
+    // Key 1 of each class, as the field manager numbers its key codes.
+    static const int first_code[KC_COUNT] = {FSK_EXTRA1, FSK_F0 + 1, FSK_PRINT};
+    static const int mods[KEY_STATES] = {
+        0, FSM_SHIFT, FSM_CTRL, FSM_ALT, FSM_SHIFT | FSM_CTRL,
+        FSM_SHIFT | FSM_ALT, FSM_CTRL | FSM_ALT, FSM_SHIFT | FSM_CTRL | FSM_ALT,
+    };
+    if (r.cls < 0 || r.cls >= KC_COUNT || r.key < 1 || r.state < 0 || r.state >= KEY_STATES)
+        return false;
+    code = first_code[r.cls] + r.key - 1;
+    modifiers = mods[r.state];
+    return true;
+}

@@ -100,6 +100,9 @@ const xfkeydef *xfkey_for(int code, int value);
 // The ENTER definition of a state. The plain ENTER with no definition comes
 // back with order BEFORE whatever its order, so that the command line runs.
 const xfkeydef *xfkey_enter(int state);
+// The field manager's key code and FSM_* modifier bits of a class key, for
+// binding the field keys in its movement table; false when unbound.
+bool xfkey_code(const xfkeyref &r, int &code, int &modifiers);
 // Which selection key a (code, value) of asread is, pressed (1, 8, 9) or
 // released (11, 18, 19), in any shift state: SK_* or -1.
 int xfkey_selection(int code, int value);

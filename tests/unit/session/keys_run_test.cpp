@@ -62,6 +62,11 @@ TEST_F(KeysRun, TheFourOrders)
     };
     for (const auto &c : cases)
         EXPECT_EQ(press(xfkeydef{c.def, c.order}, c.cmd), c.expect) << c.order << " " << c.def << "/" << c.cmd;
+    bool c = true, d = true;
+    xfkey_run("x", "", 4, KO_BEFORE, c, d, true);
+    EXPECT_TRUE(c);
+    EXPECT_FALSE(d);
+    EXPECT_EQ(cmd_source, 4);
 }
 
 TEST_F(KeysRun, KeysSetWithSetRunInTheirOrder)
@@ -89,20 +94,6 @@ TEST_F(KeysRun, PlainEnterRunsTheCommandLineUnlessDefined)
     set("s-enter only");
     EXPECT_EQ(press(*xfkey_enter(1), "next"), V{});
     EXPECT_EQ(xfkey_enter(8), nullptr);
-}
-
-TEST_F(KeysRun, SourceAndFlags)
-{
-    bool c = true, d = true;
-    cmd_source = 0;
-    xfkey_run("", "", 3, KO_BEFORE, c, d, false);
-    EXPECT_FALSE(c);
-    EXPECT_FALSE(d);
-    EXPECT_TRUE(ran.empty());
-    xfkey_run("x", "", 4, KO_BEFORE, c, d, true);
-    EXPECT_TRUE(c);
-    EXPECT_FALSE(d);
-    EXPECT_EQ(cmd_source, 4);
 }
 
 // Through the real dispatcher: messages show the order, and "=" shows what

@@ -13,13 +13,8 @@ using KeysSet = KeysTest;
 
 TEST_F(KeysSet, DefaultsSitInTheirSlots)
 {
-    EXPECT_EQ(slot(KC_F, 1, 0).def, "quit");
     EXPECT_EQ(slot(KC_F, 1, 0).order, KO_ONLY);
-    EXPECT_EQ(slot(KC_F, 2, 1).def, "command c_ext");
-    EXPECT_EQ(slot(KC_L, 3, 5).def, "s_find");
-    EXPECT_EQ(slot(KC_R, 14, 2).def, "macro mvlinedown");
-    EXPECT_EQ(slot(KC_F, 4, 1).def, "");
-    EXPECT_EQ(slot(KC_F, 4, 1).order, KO_BEFORE);
+    EXPECT_EQ(slot(KC_F, 4, 1).order, KO_BEFORE); // no definition
     // asread's values: key + state * nbkeys, so 13 is Shift with F1.
     ASSERT_NE(xfkey_for(1, 13), nullptr);
     EXPECT_EQ(xfkey_for(1, 13)->def, "command c_lineadd");
@@ -211,11 +206,19 @@ TEST_F(KeysSet, ServerBackspaceAndFieldKeys)
     EXPECT_EQ(key_field[FK_HOME].state, 1);
     EXPECT_EQ(set("down_field c+m-f3"), 0);
     EXPECT_EQ(key_field[FK_DOWN_FIELD].state, 6);
+    int code = 0, mods = 0;
+    ASSERT_TRUE(xfkey_code(key_field[FK_HOME], code, mods));
+    EXPECT_EQ(code, FSK_HOME); // Shift with Home
+    EXPECT_EQ(mods, FSM_SHIFT);
+    ASSERT_TRUE(xfkey_code(key_field[FK_DOWN_FIELD], code, mods));
+    EXPECT_EQ(code, FSK_F0 + 3);
+    EXPECT_EQ(mods, FSM_CTRL | FSM_ALT);
     EXPECT_EQ(set("eof f99"), 1);
     EXPECT_EQ(set("eof m-x"), 1); // characters are no field keys
     EXPECT_EQ(key_field[FK_EOF].cls, -1);
     EXPECT_EQ(set("home"), 0); // no key unbinds
     EXPECT_EQ(key_field[FK_HOME].cls, -1);
+    EXPECT_FALSE(xfkey_code(key_field[FK_HOME], code, mods));
 }
 
 TEST_F(KeysSet, SelectionKeysFollowTheirCommands)
