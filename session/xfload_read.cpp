@@ -284,8 +284,12 @@ int xftr1(int &status, const std::string &path, bool noreport)
 {
     xftimeload("VORTA: starting xftr1");
     status = 0;
-    int wfd = open(path.c_str(), O_RDWR | O_CLOEXEC);
-    int werr = wfd < 0 ? errno : 0;
+    // The write open only tests our access; a pipe opened for writing by
+    // its own reader would never see its end, so only regular files get it.
+    struct stat pre;
+    bool regular = stat(path.c_str(), &pre) == 0 && S_ISREG(pre.st_mode);
+    int wfd = regular ? open(path.c_str(), O_RDWR | O_CLOEXEC) : -1;
+    int werr = wfd < 0 && regular ? errno : 0;
     int fd = wfd >= 0 ? wfd : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) {
         status = errno == EISDIR ? 4 : 3;
@@ -322,7 +326,7 @@ int xftr1(int &status, const std::string &path, bool noreport)
     }
     if (xf->bin)
         xf->eol_kind = 1;
-    if (ro_attr || wfd < 0) {
+    if (ro_attr || (regular && wfd < 0)) {
         xf->rw = 0;
         if (ro_attr)
             st.msgs.push_back("..... File \"" + path + "\" is read-only - RW OFF");
