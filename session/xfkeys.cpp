@@ -304,6 +304,8 @@ const xfkeydef *xfkey_for(int code, int value)
             break;
         }
     }
+    if (at.key > key_class[at.cls].nbkeys)
+        return nullptr; // a remapped key that NBKEYS has since removed
     return &key_class[at.cls].slot[xfkey_slot(at.cls, at.key, at.state)];
 }
 

@@ -280,6 +280,9 @@ TEST_F(KeysSet, RemapMakesOneKeyActAsAnother)
         EXPECT_EQ(lastmsg(), BAD) << t;
     }
     EXPECT_EQ(key_remap_from.size(), 2u); // refusals kept the map
+    xfcmdline("remap 1 f1 f12");
+    xfcmdline("set nbkeys 10 11 15");
+    EXPECT_EQ(xfkey_for(1, 1), nullptr); // its target is gone
     xfcmdline("remap 0");
     EXPECT_EQ(xfkey_for(1, 1)->def, "quit");
 }
