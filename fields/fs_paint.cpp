@@ -27,12 +27,14 @@ struct linecells {
   const int32_t *hilite;     // hilites
   const int32_t *colour;     // physical colours
   const int32_t *intensity;  // intensities
+  bool acol;                 // colours on
+  bool int2;                 // intensity 2 drawn twice
   look at(int i) const {
     look l;
     l.ch = shown(text[i]);
     l.hl = uint8_t(hilite[i] == 1 ? 0 : hilite[i]);
-    l.col = uint8_t(fs.acol ? colour[i] : 64);
-    l.in = uint8_t(intensity[i] == 2 && !fs.int2 ? 1 : intensity[i]);
+    l.col = uint8_t(acol ? colour[i] : 64);
+    l.in = uint8_t(intensity[i] == 2 && !int2 ? 1 : intensity[i]);
     return l;
   }
 };
@@ -111,24 +113,25 @@ void fs_paintline(int line) {
   if (fs.cur < 0 || !fs.plat) return;
   fs_pagerec &p = pg();
   size_t base = size_t(cellix(line, 1));
-  const linecells now = {&p.text[base], &p.hilite[base], &p.colour[base], &p.intensity[base]};
+  const linecells now = {&p.text[base], &p.hilite[base], &p.colour[base], &p.intensity[base],
+                         fs.acol != 0, fs.int2 != 0};
   lineshadow was = {&fs.sh.text[base], &fs.sh.hilite[base], &fs.sh.colour[base],
                     &fs.sh.intensity[base]};
   const int n = fs.nb_cols;
   int c = 0;
   while (c < n && now.at(c) == was.at(c)) c++;
   static std::vector<uint16_t> buf;
+  if (c < n && buf.size() < size_t(n)) buf.resize(size_t(n));
   while (c < n) {
     look a = now.at(c);
-    int start = c;
-    buf.clear();
+    int start = c, len = 0;
     for (; c < n; c++) {
       look b = now.at(c);
       if (b.hl != a.hl || b.col != a.col || b.in != a.in) break;
       was.set(c, b);
-      buf.push_back(b.ch);
+      buf[size_t(len++)] = b.ch;
     }
-    fs.plat->run(line, start + 1, buf.data(), int(buf.size()), a.hl, a.col, a.in);
+    fs.plat->run(line, start + 1, buf.data(), len, a.hl, a.col, a.in);
   }
 }
 
