@@ -66,21 +66,28 @@ bool divide(value& a, value& b, double& x, double& y, int& bad) {
 }
 
 // Joins two texts with an optional separator into r, appending in place
-// when r is the left operand.
-void join(value& r, value& a, std::string_view sep, std::string_view tb) {
+// when r is the left operand. A result beyond VAL_MAX_LEN is error 5.
+bool join(value& r, value& a, std::string_view sep, std::string_view tb, int& bad) {
+  size_t la = a.val_type == VAL_STR ? (size_t)a.val_len : VAL_NUMBUF;
+  if (la + sep.size() + tb.size() > VAL_MAX_LEN) {
+    bad = 3;
+    rx_fail(5);
+    return false;
+  }
   if (&r == &a && a.val_type == VAL_STR) {
     if (!sep.empty()) r.append(sep.data(), sep.size());
     r.append(tb.data(), tb.size());
-    return;
+    return true;
   }
   char sa[VAL_NUMBUF];
   std::string_view ta = val_text_of(a, sa);
   value t;
   char* p = t.make_str(ta.size() + sep.size() + tb.size());
-  memcpy(p, ta.data(), ta.size());
-  memcpy(p + ta.size(), sep.data(), sep.size());
-  memcpy(p + ta.size() + sep.size(), tb.data(), tb.size());
+  if (!ta.empty()) memcpy(p, ta.data(), ta.size());
+  if (!sep.empty()) memcpy(p + ta.size(), sep.data(), sep.size());
+  if (!tb.empty()) memcpy(p + ta.size() + sep.size(), tb.data(), tb.size());
   r = std::move(t);
+  return true;
 }
 
 void set_bool(value& r, bool b) { r.set_num(b ? 1 : 0, -1); }
@@ -280,23 +287,20 @@ bool fx_xor(value& r, value& a, value& b, int& bad) {
 
 // ---- concatenation and length -------------------------------------------------
 
-bool fx_conc(value& r, value& a, value& b, int&) {
+bool fx_conc(value& r, value& a, value& b, int& bad) {
   char sb[VAL_NUMBUF];
-  join(r, a, {}, val_text_of(b, sb));
-  return true;
+  return join(r, a, {}, val_text_of(b, sb), bad);
 }
 
-bool fx_bl(value& r, value& a, value& b, int&) {
+bool fx_bl(value& r, value& a, value& b, int& bad) {
   char sb[VAL_NUMBUF];
-  join(r, a, " ", val_text_of(b, sb));
-  return true;
+  return join(r, a, " ", val_text_of(b, sb), bad);
 }
 
 bool fx_conc_not(value& r, value& a, value& b, int& bad) {
   int y;
   if (!truth_of(b, 2, y, bad)) return false;
-  join(r, a, " ", y ? "0" : "1");
-  return true;
+  return join(r, a, " ", y ? "0" : "1", bad);
 }
 
 bool fx_rho(value& r, value& a, int&) {
@@ -305,11 +309,10 @@ bool fx_rho(value& r, value& a, int&) {
   return true;
 }
 
-bool fx_conc_rho(value& r, value& a, value& b, int&) {
+bool fx_conc_rho(value& r, value& a, value& b, int& bad) {
   char sb[VAL_NUMBUF], len[24];
   int n = snprintf(len, sizeof len, "%zu", val_text_of(b, sb).size());
-  join(r, a, " ", std::string_view(len, (size_t)n));
-  return true;
+  return join(r, a, " ", std::string_view(len, (size_t)n), bad);
 }
 
 // ---- comparison ------------------------------------------------------------

@@ -19,6 +19,7 @@ enum : int32_t {
 constexpr int VAL_INLINE = 24;   // texts up to 23 bytes stay inside the record
 constexpr int VAL_NUMBUF = 40;   // room for any rendered number, NUL included
 constexpr int RX_MAX_DIGITS = 15;
+constexpr size_t VAL_MAX_LEN = (size_t)1 << 30;  // longest text; beyond it error 5
 
 struct value {
   int32_t val_type = VAL_STR;  // VAL_NUM or VAL_STR

@@ -412,7 +412,7 @@ int bu_whole(bu_frame& f, int i, long long min, long long dflt, long long& out) 
     return 0;
   }
   int k = rx_whole(*f.args[i], out);
-  if (k == 1) return bu_fail(f, i, argument_n(i, " must be a whole number."));
+  if (k == 1 || (k == 0 && out > 999999999)) return bu_fail(f, i, argument_n(i, " must be a whole number."));
   if (k == 2 || out < min) return bu_fail(f, i, argument_n(i, " must be a positive integer."));
   return 0;
 }
@@ -422,7 +422,8 @@ int bu_integer(bu_frame& f, int i, long long dflt, long long& out) {
     out = dflt;
     return 0;
   }
-  if (rx_whole(*f.args[i], out) != 0) return bu_fail(f, i, argument_n(i, " must be a whole number."));
+  if (rx_whole(*f.args[i], out) != 0 || out > 999999999 || out < -999999999)
+    return bu_fail(f, i, argument_n(i, " must be a whole number."));
   return 0;
 }
 

@@ -34,9 +34,8 @@ void tidy_exponent(std::string& t) {
 // "%.*E" of v at a precision, with trailing zeros of the mantissa cut unless
 // `keep`, and an exponent of 0 cut.
 std::string exponential(double v, int prec, bool keep) {
-  char buf[64];
-  snprintf(buf, sizeof buf, "%.*E", prec, v);
-  std::string t = buf;
+  std::string t((size_t)snprintf(nullptr, 0, "%.*E", prec, v), ' ');
+  snprintf(t.data(), t.size() + 1, "%.*E", prec, v);
   size_t e = t.find('E');
   std::string mant = t.substr(0, e), ex = t.substr(e);
   if (!keep && mant.find('.') != std::string::npos) {

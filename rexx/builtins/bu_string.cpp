@@ -129,6 +129,7 @@ int bu_copies(bu_frame& f, value& r) {
   std::string_view s = bu_text(f, 0);
   long long n;
   if (int e = bu_whole(f, 1, 0, 0, n)) return e;
+  if (s.size() * (size_t)n > VAL_MAX_LEN) return bu_fail_num(f, 5, 1, "the result is too long.");
   char* p = r.make_str(s.size() * (size_t)n);
   for (long long i = 0; i < n; i++, p += s.size()) memcpy(p, s.data(), s.size());
   return 0;

@@ -68,8 +68,9 @@ inline bool bu_has(const bu_frame& f, int i) { return i < f.argc && f.args[i]; }
 // Text of argument i (a number is rendered into scratch slot i % 4).
 std::string_view bu_text(bu_frame& f, int i);
 // A whole-number argument, rounded to 9 digits, not below `min`.
-// Not a number: "argument N must be a whole number."; not whole or below
-// min: "argument N must be a positive integer.". An omitted one gives dflt.
+// Not a number, or more than 9 digits: "argument N must be a whole
+// number."; not whole or below min: "argument N must be a positive
+// integer.". An omitted one gives dflt.
 int bu_whole(bu_frame& f, int i, long long min, long long dflt, long long& out);
 // A whole number of any sign ("argument N must be a whole number.").
 int bu_integer(bu_frame& f, int i, long long dflt, long long& out);

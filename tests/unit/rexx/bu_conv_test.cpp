@@ -2,6 +2,9 @@
 // the table, lookup by case mode, and the shared argument checks.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
 #include <cstring>
 #include <initializer_list>
 #include <set>
@@ -181,6 +184,44 @@ TEST(BuFrame, LookupByCaseMode) {
   EXPECT_EQ(centre->handler, bu_lookup("CENTER", BU_CASE_UPPER)->handler);
   EXPECT_TRUE(centre->flag & BU_ALIAS);
   EXPECT_EQ(bu_lookup("NOSUCHFUNCTION", BU_CASE_UPPER), nullptr);
+}
+
+// Every built-in with a handler, called with assorted arguments: it either
+// gives a result or fails with its own name at the front of the message.
+TEST(BuFrame, EveryFailureNamesItsFunction) {
+  const char* pool[] = {nullptr, "", " ", "0", "1", "2", "3", "-1", "1.5", "10", "1000", "x", "abc def", "N", "ff", "0101", "1e3", "  a  b "};
+  const int npool = (int)(sizeof pool / sizeof pool[0]);
+  uint32_t seed = 12345;
+  auto next = [&] { return seed = seed * 1103515245u + 12345u, (seed >> 8); };
+  int calls = 0, failures = 0;
+  for (int row = 0; row < bu_table_rows; row++) {
+    if (!bu_table[row].handler) continue;
+    std::string upper;
+    for (const char* c = bu_table[row].name; *c; c++) upper += (char)toupper((unsigned char)*c);
+    for (int round = 0; round < 300; round++) {
+      int argc = (int)(next() % 6);
+      std::vector<value> vals((size_t)argc);
+      std::vector<value*> ptrs;
+      for (int i = 0; i < argc; i++) {
+        const char* a = pool[next() % npool];
+        if (a) vals[(size_t)i].set_str(a, strlen(a));
+        ptrs.push_back(a ? &vals[(size_t)i] : nullptr);
+      }
+      value r;
+      int bad = -1;
+      int rc = bu_call(&bu_table[row], ptrs.data(), argc, r, &bad);
+      calls++;
+      if (rc > 0) {
+        failures++;
+        EXPECT_EQ(rx_err_text.rfind(upper + "(): ", 0), 0u) << rx_err_text;
+        EXPECT_TRUE(bad >= 0 && bad < std::max(argc, 1)) << upper << " blamed " << bad;
+      } else {
+        EXPECT_EQ(rc, 0) << upper;
+      }
+    }
+  }
+  EXPECT_GT(failures, 0);
+  EXPECT_GT(calls - failures, 0);
 }
 
 TEST(BuFrame, NumericArgumentsUseTheirScratchSlots) {
