@@ -229,6 +229,14 @@ extern unsigned char as_altdef[256];  // 1: Alt with this character has a defini
 // press. Filled in by the menus; empty by default.
 typedef int (*fs_menuhook)(int field_id, int button, int line, int col);
 extern fs_menuhook as_menuhook;
+// Dialog boxes and menus that have something for the read call aspend(); the
+// read then asks the hook, first for dialog events (codes 59, 49, 62, in that
+// priority) before posted numbers, then for menu items (31, 30). The hook
+// answers a read code with its value, or -1 for nothing.
+enum { FS_PEND_DIALOG, FS_PEND_MENU };
+typedef int (*fs_pendhook)(int stage, int *value);
+extern fs_pendhook as_pendhook;
+void aspend();
 // Maps the cursor to the position the status line shows; null keeps the grid's.
 typedef void (*fs_poshook)(int *line, int *col);
 extern fs_poshook as_poshook;

@@ -6,6 +6,7 @@
 #include <cstring>
 
 fs_evqueue gdet_ev = {nullptr, nullptr, 0, 0, 0};
+fs_pendhook as_pendhook = nullptr;
 int as_delkey = 127;
 int as_bskey = 8;
 int as_nbkeys[3] = {10, 12, 15};
@@ -35,11 +36,15 @@ int button(int code) {
 
 long evtime(const fs_event &e) { return long(e.seconds) * 100000 + long(e.microseconds) / 10; }
 
+bool marked() {
+  return fs.gone || fs.resized || fs.timedout || fs.posted || fs.posted43 || fs.pending;
+}
+
 // Waits until the queue holds an event or a mark is set; false when a mark
 // (or the end of all input) must be looked at first.
 bool await() {
   while (gdet_ev.count == 0) {
-    if (fs.gone || fs.resized || fs.timedout || fs.posted || fs.posted43) return false;
+    if (marked()) return false;
     if (!fs.plat) {
       fs.gone = true;
       return false;
@@ -48,7 +53,7 @@ bool await() {
     if (r == FS_WAIT_GONE && gdet_ev.count == 0) fs.gone = true;
     if (r == FS_WAIT_TIMEOUT && gdet_ev.count == 0 && fs.timeout > 0) fs.timedout = true;
   }
-  return !(fs.gone || fs.resized || fs.timedout || fs.posted || fs.posted43);
+  return !marked();
 }
 
 // Looks at the queue during a held key: 1 the key was released (taken), 2 a
@@ -525,8 +530,14 @@ void asread(int *code, int *value, int *modified) {
       return finish(673, 0);
     }
     if (!await()) {
+      int hv = 0, hc = -1;
       if (fs.timedout) return fs.timedout = false, finish(27, 0);
+      if (fs.pending && as_pendhook && (hc = as_pendhook(FS_PEND_DIALOG, &hv)) >= 0)
+        return finish(hc, hv);
       if (fs.posted) return fs.posted = false, finish(28, fs.postval);
+      if (fs.pending && as_pendhook && (hc = as_pendhook(FS_PEND_MENU, &hv)) >= 0)
+        return finish(hc, hv);
+      fs.pending = false;
       if (fs.posted43) return fs.posted43 = false, finish(43, fs.post43val);
       if (fs.gone) return finish(23, 0);
       if (fs.resized) {
@@ -621,6 +632,7 @@ void aspost43(int number) {
   fs.posted43 = true;
   fs.post43val = number;
 }
+void aspend() { fs.pending = true; }
 void asfkeepmod(int on) { fs.keepmod = on != 0; }
 void asfinsert(int on) { fs.insert = on != 0; }
 void asfreverse(int on) { fs.reverse = on != 0; }

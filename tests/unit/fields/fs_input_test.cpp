@@ -711,6 +711,28 @@ TEST_F(Input, CursorMoveReports) {
   asfreports(0, 0, 0);
 }
 
+TEST_F(Input, PendingDialogAndMenuEventsInTheirOrder) {
+  static int dialog, menu;
+  as_pendhook = [](int stage, int *value) {
+    int &left = stage == FS_PEND_DIALOG ? dialog : menu;
+    if (!left) return -1;
+    *value = left--;
+    return stage == FS_PEND_DIALOG ? 59 : 31;
+  };
+  dialog = 1;
+  menu = 1;
+  aspost(5);
+  aspend();
+  result r = read("");
+  EXPECT_EQ(r.code, 59);
+  r = read("");
+  EXPECT_EQ(r.code, 28);  // a posted number comes after the dialog, before the menu
+  r = read("");
+  EXPECT_EQ(r.code, 31);
+  EXPECT_EQ(read("key enter").code, 0);  // nothing pending any more
+  as_pendhook = nullptr;
+}
+
 TEST_F(Input, MenuHookTakesThePress) {
   static int seen[3];
   define({fld(7, 4, 1, 1, 10)});
