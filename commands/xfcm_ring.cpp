@@ -63,7 +63,7 @@ int quit(const xfcmd &c, unsigned how)
     }
     // With nobody to confirm, asking refuses as PQUIT does.
     if (how & QUIT_ASK)
-        how = (how & ~QUIT_ASK) | (batch ? QUIT_EMPTY : 0);
+        how = (how & ~QUIT_ASK) | (batch ? (unsigned)QUIT_EMPTY : 0u);
     if (xf->chgcount != 0 && !(how & QUIT_ANYWAY)) {
         xfmsg(174, 1);
         cmd_rc = 12;

@@ -4,6 +4,8 @@
 #include "commands/handlers.h"
 #include "commands/internal.h"
 #include "session/xed.h"
+#include "session/xfkeys.h"
+#include "session/xfpage.h"
 
 #include <cstring>
 
@@ -101,6 +103,11 @@ int xfcm_query(const xfcmd &c)
     }
     if (abbrev(w, "lastlorc", 5)) {
         xfmsgs(lastlorc, 0);
+        return 1;
+    }
+    if (w == "keys") { // every key definition, on a page of its own
+        if (xfshow_keys() == 1)
+            xfgeom(false);
         return 1;
     }
     if (abbrev(w, "pending", 4) || abbrev(w, "font", 3)) {
