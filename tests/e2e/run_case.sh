@@ -18,6 +18,7 @@
 #   stdout, stderr   expected standard output and error
 #   status  expected exit status (default 0)
 #   files   lines "path" that must exist afterwards, "!path" that must not
+#   expect/ files that must be in the work folder afterwards with this content
 # On failure the differences are printed and the work folder is kept.
 set -u
 xed=$1
@@ -82,6 +83,12 @@ if [ -f "$case_dir/files" ]; then
   done < "$case_dir/files"
 fi
 
+if [ -d "$case_dir/expect" ]; then
+  while IFS= read -r f; do
+    rel=${f#"$case_dir/expect/"}
+    if [ -f "$work/$rel" ]; then check "$f" "$work/$rel" "$rel"; else echo "file $rel is missing"; fail=1; fi
+  done < <(find "$case_dir/expect" -type f | sort)
+fi
 if [ $fail -ne 0 ]; then
   echo "--- stderr of the run:"; head -c 4000 "$work/.stderr"
   echo "work folder kept: $work"
