@@ -74,12 +74,13 @@ rx_flow do_simple(const rx_cl_do* d)
 {
   long long count = -1;
   if (d->loop_mode == DO_COUNTED) count = whole_count(d->start, "\"; must be a positive integer or zero");
+  // A plain DO with WHILE or UNTIL repeats like DO FOREVER.
+  bool once = d->loop_mode == DO_PLAIN && d->cond_mode == COND_NONE;
+  if (once) return rx_run_block(d->body);
   for (long long i = 0; count < 0 || i < count; i++) {
-    if (d->loop_mode == DO_PLAIN && i == 1) break;
-    if (d->loop_mode != DO_PLAIN && !while_ok(d)) break;
+    if (!while_ok(d)) break;
     tick();
     rx_flow f = rx_run_block(d->body);
-    if (d->loop_mode == DO_PLAIN) return f;
     rx_flow out;
     int s = loop_status(f, d, out);
     if (s == 2) return out;

@@ -120,10 +120,11 @@ bool bif_condition(const rx_tok* chain, value& out)
 
 std::string upper_name(std::string s)
 {
-  if (rx_st->prog->opts.symcase == CASE_UPPER)
-    for (char& c : s) c = (char)std::toupper((unsigned char)c);
-  else if (rx_st->prog->opts.symcase == CASE_LOWER)
+  int symcase = rx_st->prog->opts.symcase;
+  if (symcase == CASE_LOWER)
     for (char& c : s) c = (char)std::tolower((unsigned char)c);
+  else if (symcase != CASE_MIXED)
+    for (char& c : s) c = (char)std::toupper((unsigned char)c);
   return s;
 }
 

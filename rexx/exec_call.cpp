@@ -293,8 +293,10 @@ rx_flow exec_exit(const rx_cl_expr* c, bool is_return)
   rx_run_state& st = *rx_st;
   st.has_result = false;
   if (c->expr) {
-    rx_eval(c->expr, st.result);
-    if (rx_tracing(TR_R | TR_I)) rx_trace_result(st.result);
+    value v;  // routines called while evaluating use st.result themselves
+    rx_eval(c->expr, v);
+    if (rx_tracing(TR_R | TR_I)) rx_trace_result(v);
+    st.result = std::move(v);
     st.has_result = true;
   }
   if (is_return && st.lv.in_routine) return FL_RETURN;

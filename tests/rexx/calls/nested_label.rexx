@@ -1,0 +1,4 @@
+call x
+do 1
+x: say 'in'
+end

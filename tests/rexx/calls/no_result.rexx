@@ -1,0 +1,3 @@
+x = f()
+exit
+f: return

@@ -1,0 +1,2 @@
+say 'start'
+call nosuchroutine 1

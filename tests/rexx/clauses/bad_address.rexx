@@ -1,0 +1,1 @@
+address nosuch 'x'

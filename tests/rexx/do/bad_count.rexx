@@ -1,0 +1,3 @@
+do 2.5
+  say 'no'
+end

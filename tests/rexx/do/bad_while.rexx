@@ -1,0 +1,2 @@
+do while 'x'
+end

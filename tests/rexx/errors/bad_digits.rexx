@@ -1,0 +1,3 @@
+numeric digits 15
+say 'ok 15'
+numeric digits 16

@@ -1,0 +1,3 @@
+select
+  when 1 = 2 then say 'no'
+end

@@ -1,0 +1,2 @@
+x = 2
+if x then say 'yes'

@@ -1,0 +1,2 @@
+say 'start'
+interpret 'say (('

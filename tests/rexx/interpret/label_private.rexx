@@ -1,0 +1,2 @@
+interpret 'x: nop'
+call x

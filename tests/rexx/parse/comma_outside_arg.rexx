@@ -1,0 +1,1 @@
+parse value 'x' with a, b

@@ -1,0 +1,5 @@
+queue 'first'
+queue 'second'
+parse pull
+pull rest
+say rest queued()

@@ -1,0 +1,2 @@
+say 'before'
+signal nowhere

@@ -1,0 +1,2 @@
+signal on syntax
+x = 1 / 0

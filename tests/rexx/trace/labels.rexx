@@ -1,0 +1,5 @@
+trace l
+call sub
+exit
+sub:
+  return
