@@ -1,0 +1,1 @@
+OPTION MIXED; abc = 1; say ABC abc
