@@ -11,6 +11,7 @@ int as_delkey = 127;
 int as_bskey = 8;
 int as_nbkeys[3] = {10, 12, 15};
 int as_shiftright = 0;
+int as_retreport = 0;
 unsigned char as_altdef[256];
 
 namespace {
@@ -343,6 +344,8 @@ int dispatch(const fs_event &e, int ch, int *value) {
     if ((b == NEXTLINE || b == PREVLINE) && !altd(e)) {
       bool prev = (b == PREVLINE) != shiftd(e);
       if (b == PREVLINE && ctrld(e)) return fs_type('\f', fs_event{}, value);
+      // A caller that splits lines on RETURN hears of it instead.
+      if (!ctrld(e) && b == NEXTLINE && !shiftd(e) && as_retreport) return 34;
       if (!ctrld(e)) return fs_nextline(prev), -1;
     }
     if (b == ERASE) {

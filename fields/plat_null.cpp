@@ -53,7 +53,7 @@ struct keyname {
   int code;          // event code; 0 for the two keys with their own setting
 };
 constexpr keyname keynames[] = {
-    {"enter", 13},          {"return", 13},         {"tab", 9},           {"backspace", 0},
+    {"enter", 13},          {"return", 10},         {"tab", 9},           {"backspace", 0},
     {"delete", 0},          {"escape", 27},         {"insert", FSK_INSERT}, {"home", FSK_HOME},
     {"end", FSK_END},       {"pageup", FSK_PGUP},   {"pagedown", FSK_PGDN}, {"uparrow", FSK_UP},
     {"downarrow", FSK_DOWN}, {"leftarrow", FSK_LEFT}, {"rightarrow", FSK_RIGHT},

@@ -317,6 +317,21 @@ void xfread(int toplevel)
             xfack();
             released = true;
             continue;
+        case 34: // RETURN: never runs the command line
+            read_cursor();
+            xfack();
+            nocmd = true;
+            if (xf && xf->ptcur_i.fld == 0) {
+                // The cursor's line splits at the cursor, and the last file
+                // row scrolls so that the new line stays in sight.
+                if (!xv->rows.empty() && xv->rows.back().li == xf->ptcur_i.li)
+                    curline() = std::min(curline() + 1, nbli() - 1);
+                xfcom2("command c_split");
+            } else if (xf) {
+                xf->ptcur_i.fld = 1;
+                xf->ptcur_i.prio = 30;
+            }
+            return;
         case 0:
             asr = true;
             [[fallthrough]];

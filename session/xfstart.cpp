@@ -415,6 +415,7 @@ int xfmain(int argc, char **argv)
             die("vorta: can't initialize");
         fsinit2();
         asfmousemode("WINDOWS"); // the left button places the cursor
+        as_retreport = 1;        // RETURN splits lines: the read must hear of it
         if (fs_null_script(layer, o.keys.c_str(), stdout) != 0)
             die("vorta: can't initialize");
     }
