@@ -46,10 +46,13 @@ int sum_dec(double v, double x, int dx, double y, int dy) {
   return dx > dy ? dx : dy;
 }
 
-// Whole digits of an integer-division result, as the length test counts them.
+// Whether an integer-division result has more whole digits than DIGITS, as
+// ceil(log10(|q|)) counts them (1 for zero): that count exceeds d exactly
+// when |q| exceeds 10^d, which needs no logarithm.
 bool too_long(double q) {
-  double len = q == 0 ? 1 : std::ceil(std::log10(std::fabs(q)));
-  return len > rx_numeric.digits;
+  static constexpr double limit[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                     1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  return std::fabs(q) > limit[rx_numeric.digits];
 }
 
 const char idiv_long[] = "MOLBA: the result of the integer division is\n        longer than the NUMERIC DIGITS setting.";

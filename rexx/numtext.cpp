@@ -2,6 +2,7 @@
 // the current NUMERIC DIGITS and FORM, and rounding to digits through text.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -56,6 +57,17 @@ int engineering(char* buf, int n, int digits) {
 }  // namespace
 
 bool rx_text_num(const char* s, size_t n, double& out, int& dec) {
+  // Fast path: up to 15 plain digits, no blanks or sign, read exactly.
+  if (n && n <= 15) {
+    uint64_t v = 0;
+    size_t i = 0;
+    for (; i < n && is_digit(s[i]); i++) v = v * 10 + (uint64_t)(s[i] - '0');
+    if (i == n) {
+      out = (double)v;
+      dec = 0;
+      return true;
+    }
+  }
   while (n && s[n - 1] == ' ') n--;
   size_t p = 0;
   while (p < n && s[p] == ' ') p++;
