@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "rexx/builtins/builtins.h"
 
@@ -364,12 +365,14 @@ const bu_row* bu_lookup(std::string_view name, bu_case mode) {
 }
 
 int bu_call(const bu_row* row, value** args, int argc, value& r, int* bad_arg) {
-  char name[64];
-  size_t n = 0;
-  for (const char* p = row->name; *p && n + 1 < sizeof name; p++) name[n++] = (char)toupper((unsigned char)*p);
-  name[n] = 0;
+  // Upper-case names for messages, made once.
+  static std::vector<std::string> upper = [] {
+    std::vector<std::string> v;
+    for (int i = 0; i < bu_table_rows; i++) v.push_back(folded(bu_table[i].name, BU_CASE_UPPER));
+    return v;
+  }();
   bu_frame f;
-  f.name = name;
+  f.name = upper[(size_t)(row - bu_table)].c_str();
   f.args = args;
   f.argc = argc;
   int rc = row->handler(f, r);

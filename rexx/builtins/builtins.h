@@ -21,7 +21,7 @@ struct bu_frame {
   value** args = nullptr;                 // evaluated arguments; null for an omitted one
   int argc = 0;                           // number of arguments, omitted ones included
   int bad_arg = 0;                        // zero-based argument blamed by the last failure
-  char scratch[4][VAL_NUMBUF] = {};       // slots for rendering numeric arguments
+  char scratch[4][VAL_NUMBUF];            // slots for rendering numeric arguments
 };
 
 using bu_handler = int (*)(bu_frame& f, value& r);
@@ -50,7 +50,7 @@ extern const int bu_table_rows;
 // that name has a handler.
 const bu_row* bu_lookup(std::string_view name, bu_case mode);
 
-// Calls a row's handler with evaluated arguments (null for an omitted one):
+// Calls the handler of a row of bu_table with evaluated arguments (null for an omitted one):
 // fills the frame with the upper-case name for messages. Gives the handler's
 // code; *bad_arg gets the blamed argument after a failure.
 int bu_call(const bu_row* row, value** args, int argc, value& r, int* bad_arg);
