@@ -423,7 +423,6 @@ int xfmain(int argc, char **argv)
     if (!layer)
         impcmscp = 0; // with no screen the shell is never implicit
     if (layer) {
-        xfkeys_term();
         xfgeom(true);
         if (!pageok)
             die("vorta: too small window");
