@@ -6,6 +6,10 @@
 #include "commands/internal.h"
 #include "session/xed.h"
 #include "session/xfpage.h"
+#include "fields/fields.h"
+
+#include <algorithm>
+#include <cctype>
 
 #include <cstdio>
 #include <cstdlib>
@@ -331,5 +335,167 @@ int xfcm_autoindent(const xfcmd &c)
     }
     autoindent = on;
     autoindent_stay = stay;
+    return 1;
+}
+
+namespace {
+
+// SCALe and TABLine: [ON|OFF] [row], the row counted in the file area.
+int row_setting(const xfcmd &c, int32_t xfviewfile::*field)
+{
+    if (!xf) {
+        xfmsg(136, 1);
+        cmd_rc = 1;
+        return 1;
+    }
+    int32_t &v = xv->perfile[(size_t)xfidx].*field;
+    std::string_view rest = c.ops();
+    std::string a = xffold(xfword(rest)), b = xffold(xfword(rest));
+    int32_t row = v ? std::abs(v) : std::max(1, xv->curline_row ? xv->curline_row - 1 : 1);
+    if (a.empty()) {
+        xfmsgs((v > 0 ? "..... Is ON " : "..... Is OFF ") + std::to_string(row), 0);
+        return 1;
+    }
+    long n;
+    bool on = v > 0;
+    if (a == "on")
+        on = true;
+    else if (abbrev(a, "off", 2))
+        on = false;
+    else if (xfnumber(a, n) && n >= 1 && b.empty())
+        row = (int32_t)n, on = true;
+    else
+        return xfmsg(16, 1), cmd_rc = 1, 1;
+    if (!b.empty()) {
+        if (!xfnumber(b, n) || n < 1)
+            return xfmsg(16, 1), cmd_rc = 1, 1;
+        row = (int32_t)n;
+    }
+    v = on ? row : -row;
+    return 1;
+}
+
+} // namespace
+
+int xfcm_scale(const xfcmd &c)
+{
+    xftrace("Commande xfcm_scale");
+    return row_setting(c, &xfviewfile::scale);
+}
+
+int xfcm_tabline(const xfcmd &c)
+{
+    xftrace("Commande xfcm_tabline");
+    return row_setting(c, &xfviewfile::tabline);
+}
+
+// RESERved row text | RESERved row OFF; a negative row counts from the
+// view's bottom.
+int xfcm_reserved(const xfcmd &c)
+{
+    xftrace("Commande xfcm_reserved");
+    if (!xf) {
+        xfmsg(136, 1);
+        cmd_rc = 1;
+        return 1;
+    }
+    std::string_view rest = c.ops();
+    std::string_view w = xfword(rest);
+    long n;
+    bool neg = !w.empty() && w[0] == '-';
+    if (w.empty() || !xfnumber(neg ? w.substr(1) : w, n) || n == 0) {
+        xfmsg(16, 1);
+        cmd_rc = 1;
+        return 1;
+    }
+    int32_t row = (int32_t)(neg ? -n : n);
+    auto &r = xf->reserved;
+    r.erase(std::remove_if(r.begin(), r.end(), [&](const auto &x) { return x.first == row; }), r.end());
+    std::string_view text = rest.empty() ? rest : rest.substr(1);
+    if (xffold(xftrim(text)) != "off")
+        r.emplace_back(row, std::string(text));
+    return 1;
+}
+
+int xfcm_mousemode(const xfcmd &c)
+{
+    xftrace("Commande xfcm_mousemode");
+    std::string a = xffold(xftrim(c.ops()));
+    static std::string mode = "WINDOWS";
+    if (a.empty()) {
+        xfmsgs("..... Is " + mode, 0);
+        return 1;
+    }
+    std::string up = a;
+    for (auto &ch : up)
+        ch = (char)std::toupper((unsigned char)ch);
+    if (!batch && fs_layer() && asfmousemode(up.c_str()) != 0) {
+        xfmsg(16, 1);
+        cmd_rc = 1;
+        return 1;
+    }
+    if (up != "OPENLOOK" && up != "OPENLOOKW" && up != "MOTIF" && up != "WINDOWS") {
+        xfmsg(16, 1);
+        cmd_rc = 1;
+        return 1;
+    }
+    mode = up;
+    return 1;
+}
+
+int xfcm_clickdelay(const xfcmd &c)
+{
+    xftrace("Commande xfcm_clickdelay");
+    std::string_view a = xftrim(c.ops());
+    if (a.empty()) {
+        char buf[64] = "..... is 0.30";
+        if (!batch && fs_layer())
+            asqclickdelay(buf, sizeof buf);
+        xfmsgs(buf, 0);
+        return 1;
+    }
+    char *end = nullptr;
+    std::string s(a);
+    double d = std::strtod(s.c_str(), &end);
+    if (end == s.c_str() || *end || d <= 0) {
+        xfmsg(16, 1);
+        cmd_rc = 1;
+        return 1;
+    }
+    if (!batch && fs_layer())
+        asfclickdelay(d);
+    return 1;
+}
+
+// REPEATDelay d1 d2 d3 d4, in milliseconds, each at least 1.
+int xfcm_repeatdelay(const xfcmd &c)
+{
+    xftrace("Commande xfcm_repeatdelay");
+    static int d[4] = {400, 50, 400, 50};
+    std::string_view rest = c.ops();
+    if (xftrim(rest).empty()) {
+        char buf[80];
+        std::snprintf(buf, sizeof buf, "..... Is %d %d %d %d", d[0], d[1], d[2], d[3]);
+        xfmsgs(buf, 0);
+        return 1;
+    }
+    int v[4];
+    for (int &x : v) {
+        long n;
+        if (!xfnumber(xfword(rest), n) || n < 1) {
+            xfmsg(16, 1);
+            cmd_rc = 1;
+            return 1;
+        }
+        x = (int)n;
+    }
+    if (!xftrim(rest).empty()) {
+        xfmsg(16, 1);
+        cmd_rc = 1;
+        return 1;
+    }
+    std::copy(v, v + 4, d);
+    if (!batch && fs_layer())
+        asfrepdelay(d[0], d[1], d[2], d[3]);
     return 1;
 }

@@ -142,7 +142,7 @@ struct xfile {
     int32_t trunc = 0;     // 0 means *
     int32_t reload_ok = 1; // may be reloaded on external change
     int32_t fileid = 0;    // session number of the file
-    std::vector<std::string> reserved; // RESERVED lines
+    std::vector<std::pair<int32_t, std::string>> reserved; // RESERVED rows: view row, text
     std::vector<xfpoint> points; // named lines
     int32_t loadmark = -1; // nbli-1 at load
     std::vector<xfcursor> curstack; // proposed cursor positions
@@ -165,8 +165,8 @@ struct xfviewfile {
     int32_t curline = -1;  // the view's current line of that file
     int32_t w[3] = {0, 0, 0}; // words kept for the page composer
     int32_t verify[2] = {1, 0}; // VERIFY columns (0 = whole line)
-    int32_t scale = 0;     // SCALE
-    int32_t tabline = 0;   // TABLINE
+    int32_t scale = 0;     // SCALE row in the file area, negative when OFF, 0 never set
+    int32_t tabline = 0;   // TABLINE row, the same way
     int32_t zone[2] = {1, 0}; // ZONE, 0 = end of line
     int32_t prefix = 1;    // PREFIX
     int32_t number = 0;    // NUMBER

@@ -39,7 +39,8 @@ namespace {
 
 enum colour_item {
     C_FILE = 0, C_CURL = 1, C_ARROW = 2, C_MSG = 3, C_PENDING = 8, C_PREFIX = 9, C_ID = 10,
-    C_CMD = 11, C_PF = 12, C_SIZE = 13, C_MOD = 14, C_SHADOW = 15, C_POINT = 21,
+    C_CMD = 11, C_PF = 12, C_SIZE = 13, C_MOD = 14, C_SHADOW = 15, C_SCALE = 16, C_TABS = 17,
+    C_POINT = 21,
 };
 
 int colour(int item) { return colour_items[item].colour; }
@@ -264,11 +265,59 @@ void compose_view(page_builder &pb)
     int textw = w - (pw ? pw + 1 : 0);
     int32_t col0 = std::max(0, pf.verify[0] - 1);
     int c = xv->curline_row > 0 ? std::min(xv->curline_row, nfile) - 1 : nfile / 2;
-    std::vector<row_plan> plan = plan_rows(nfile, c);
+
+    // Rows that show no line: reserved rows, the scale and the tab line.
+    enum { ROW_LINE, ROW_RESERVED, ROW_SCALE, ROW_TABS };
+    std::vector<int> kind((size_t)nfile, ROW_LINE);
+    std::vector<std::string> reserved_text((size_t)nfile);
+    for (auto &[vrow, text] : xf->reserved) {
+        int r = (vrow > 0 ? y0 + vrow - 1 : y0 + h + vrow) - first;
+        if (r >= 0 && r < nfile) {
+            kind[(size_t)r] = ROW_RESERVED;
+            reserved_text[(size_t)r] = text;
+        }
+    }
+    if (pf.scale > 0 && pf.scale <= nfile && kind[(size_t)pf.scale - 1] == ROW_LINE)
+        kind[(size_t)pf.scale - 1] = ROW_SCALE;
+    if (pf.tabline > 0 && pf.tabline <= nfile && kind[(size_t)pf.tabline - 1] == ROW_LINE)
+        kind[(size_t)pf.tabline - 1] = ROW_TABS;
+    std::vector<int> line_rows;
+    int cidx = -1;
+    for (int r = 0; r < nfile; r++)
+        if (kind[(size_t)r] == ROW_LINE) {
+            if (cidx < 0 && r >= c)
+                cidx = (int)line_rows.size();
+            line_rows.push_back(r);
+        }
+    if (cidx < 0)
+        cidx = line_rows.empty() ? 0 : (int)line_rows.size() - 1;
+    std::vector<row_plan> plan_lines = line_rows.empty()
+                                           ? std::vector<row_plan>()
+                                           : plan_rows((int)line_rows.size(), cidx);
+    std::vector<row_plan> plan((size_t)nfile, {-4, 0});
+    for (size_t i = 0; i < line_rows.size(); i++)
+        plan[(size_t)line_rows[i]] = plan_lines[i];
+
     for (int r = 0; r < nfile; r++) {
         int row = first + r;
         const row_plan &p = plan[(size_t)r];
         xview::rowmap m{0, p.li, 0, col0, textw};
+        if (kind[(size_t)r] != ROW_LINE) {
+            std::string t;
+            if (kind[(size_t)r] == ROW_RESERVED)
+                t = reserved_text[(size_t)r];
+            else if (kind[(size_t)r] == ROW_SCALE)
+                t = xfscale_text(col0, textw);
+            else
+                t = xftab_text(xf->tabset, col0, textw);
+            int item = kind[(size_t)r] == ROW_SCALE ? C_SCALE : kind[(size_t)r] == ROW_TABS ? C_TABS : C_FILE;
+            int x = kind[(size_t)r] == ROW_RESERVED ? x0 : textx;
+            int wd = kind[(size_t)r] == ROW_RESERVED ? w : textw;
+            m.li = -4;
+            m.fld = pb.add(row, x, wd, TYPE_PROTECTED, item, 0, t.substr(0, (size_t)wd));
+            xv->rows.push_back(m);
+            continue;
+        }
         if (p.li == -4) {
             xv->rows.push_back(m);
             continue;
@@ -363,6 +412,31 @@ std::string xfshadow_row(int32_t count, int width)
     row += text;
     row.append((size_t)std::max(0, width - (left + len)), '-');
     return row;
+}
+
+// The scale row: a ruler of the columns the view shows, from col0.
+std::string xfscale_text(int32_t col0, int width)
+{
+    std::string t;
+    for (int32_t c = col0 + 1; (int)t.size() < width; c++) {
+        if (c % 10 == 0) {
+            std::string d = std::to_string(c / 10 % 10);
+            t += d;
+        } else {
+            t += c % 5 == 0 ? '+' : '.';
+        }
+    }
+    return t;
+}
+
+// The tab line: a T under each tab column.
+std::string xftab_text(const std::vector<int32_t> &tabs, int32_t col0, int width)
+{
+    std::string t((size_t)width, ' ');
+    for (int32_t c : tabs)
+        if (c - 1 - col0 >= 0 && c - 1 - col0 < width)
+            t[(size_t)(c - 1 - col0)] = 'T';
+    return t;
 }
 
 std::string xftitle()

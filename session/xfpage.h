@@ -28,6 +28,8 @@ extern xfscreendef screen_def;   // the current division
 int xfprefix_width(int32_t curline);
 std::string xfshadow_row(int32_t count, int width);
 std::string xftitle();
+std::string xfscale_text(int32_t col0, int width);
+std::string xftab_text(const std::vector<int32_t> &tabs, int32_t col0, int width);
 bool xfgeom(bool first);
 void xfdisplay();
 // Makes the views of a division; 0, or 1 with its message when a view does
