@@ -161,8 +161,7 @@ std::string val_string(const value& v) {
   return std::string(val_text_of(v, buf));
 }
 
-double rx_round(double d, int digits) {
-  // Every double from 2^53 up is whole; below, a cast tells without a call.
+double rx_round_frac(double d, int digits) {
   if (digits >= RX_MAX_DIGITS || !(std::fabs(d) < 9e15) || (double)(long long)d == d) return d;
   // Fast path with the same result as the text round trip: scale by an
   // exact power of ten to an integer part of `digits` digits, round, and

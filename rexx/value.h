@@ -105,8 +105,14 @@ std::string_view val_text_of(const value& v, char* scratch);
 // Text of any value as an owned string (tests and slow paths).
 std::string val_string(const value& v);
 // Rounds d to `digits` significant digits through text; whole numbers and
-// counts of 15 or more leave it as it is.
-double rx_round(double d, int digits);
+// counts of 15 or more leave it as it is. The common whole-number case is
+// settled inline; rx_round_frac does the rest.
+double rx_round_frac(double d, int digits);
+inline double rx_round(double d, int digits) {
+  // Every double from 2^53 up is whole; below, a cast tells without a call.
+  if (digits >= RX_MAX_DIGITS || !(d < 9e15 && d > -9e15) || (double)(long long)d == d) return d;
+  return rx_round_frac(d, digits);
+}
 // Whole-number argument: numeric, rounded to 9 digits, and integral.
 // Gives 0, or 1 when not a number, 2 when not whole.
 int rx_whole(value& v, long long& out);
