@@ -130,6 +130,7 @@ int xfext_class(std::string_view name);
 int xfmacro_search(std::string_view line);  // 1 taken, 0 not
 void xfhash_path();                        // HAsh with no operand
 extern int (*xfrexx_hook)(const std::string &path, std::string_view rest); // run a REXX macro
+void xfrexx_init();                        // macros run in the interpreter
 extern std::vector<std::vector<std::string>> arg_frames; // words of executing macros
 
 // Command history.

@@ -8,6 +8,7 @@
 #include "session/xfpage.h"
 #include "fields/fields.h"
 #include "fields/plat.h"
+#include "fields/plat_term/plat_term.h"
 
 #include <cerrno>
 #include <climits>
@@ -35,6 +36,8 @@ bool opt_kedit = false;
 
 void xftimeload_start();
 void xfcrash_install();
+// Weak: programs linked without the terminal layer (the unit tests) find none.
+fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) __attribute__((weak));
 
 void xfqueue(std::string_view text) { cmd_queue.emplace_back(text); }
 void xfqueue_clear() { cmd_queue.clear(); }
@@ -249,6 +252,7 @@ void xfini()
         macro_path.push_back(d);
     xfhash_path();
     xfkeys_init();
+    xfrexx_init();
     xfcmdline("synonym quit 4 command aquit");
 }
 
@@ -403,10 +407,26 @@ int xfmain(int argc, char **argv)
     options o = parse_options(words);
     regrouped_argv = words;
 
-    // The screen: none in batch; the headless layer for a key script.
+    // The screen: none in batch; the headless layer for a key script; the
+    // terminal with -term, or when standard input is one. With none of these
+    // there is no screen to be had, and the run goes on without one: its
+    // start-up commands run, their messages go to standard error.
     fs_plat *layer = nullptr;
-    if (!batch && !o.keys.empty()) {
+    size_t nopts = words.size() - o.files.size();
+    bool term = false;
+    for (size_t i = 1; i < nopts; i++)
+        term = term || words[i] == "-term";
+    if (!batch && o.keys.empty() && (term || isatty(0))) {
+        std::string why = "no terminal layer in this program";
+        layer = fs_plat_term ? fs_plat_term([] { xfnomem_save(1); }, why) : nullptr;
+        if (!layer) {
+            std::fprintf(stderr, "vorta: can't initialize\n%s\n", why.c_str());
+            std::exit(1);
+        }
+    } else if (!batch && !o.keys.empty()) {
         layer = fs_plat_null(24, 80);
+    }
+    if (layer) {
         std::vector<char *> av;
         for (auto &w : words)
             av.push_back(const_cast<char *>(w.c_str()));
@@ -416,15 +436,18 @@ int xfmain(int argc, char **argv)
         fsinit2();
         asfmousemode("WINDOWS"); // the left button places the cursor
         as_retreport = 1;        // RETURN splits lines: the read must hear of it
-        if (fs_null_script(layer, o.keys.c_str(), stdout) != 0)
+        if (!o.keys.empty() && fs_null_script(layer, o.keys.c_str(), stdout) != 0)
             die("vorta: can't initialize");
     }
     xfini();
     if (!layer)
         impcmscp = 0; // with no screen the shell is never implicit
     if (layer) {
+        if (o.keys.empty())
+            xfkeys_term(); // the terminal's keyboard file
         xfgeom(true);
-        if (!pageok)
+        // A terminal too small for a page shows so until it is made larger.
+        if (!pageok && o.keys.empty())
             die("vorta: too small window");
     }
 

@@ -1,0 +1,29 @@
+// Macros in the editor: a .vorta macro runs in the interpreter, and the
+// commands it issues come back to the dispatcher through the VORTA host
+// environment, their return code becoming RC.
+#include "commands/commands.h"
+#include "commands/internal.h"
+#include "rexx/run.h"
+#include "session/xed.h"
+
+namespace {
+
+int vorta_env(const char *cmd, size_t len, void *, bool *)
+{
+    xfcmdline_given(std::string_view(cmd, len));
+    return cmd_rc;
+}
+
+int run_macro(const std::string &path, std::string_view rest)
+{
+    std::string command = path + std::string(rest);
+    return run_rx(command, nullptr, -1, xhome);
+}
+
+} // namespace
+
+void xfrexx_init()
+{
+    rx_env_register("VORTA", vorta_env, nullptr, true);
+    xfrexx_hook = run_macro;
+}
