@@ -219,6 +219,13 @@ void eval_node(const rx_tok* t, value& out)
 
 void rx_cache_flush() { cache_gen++; }
 
+var_entry* rx_var_entry(const rx_tok* t)
+{
+  if (t->tok_type != SYMBOL || t->tok_sym || rx_const_sym(t) || (vars_setenv_hook && t->tok_value[0] == '$'))
+    return nullptr;
+  return simple_entry(t);
+}
+
 std::string rx_text(const value& v)
 {
   char buf[VAL_NUMBUF];

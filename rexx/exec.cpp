@@ -200,10 +200,62 @@ rx_flow exec_select(const rx_cl_select* s)
   rx_raise(57);
 }
 
-// ---- assignment and variables ---------------------------------------------------------
+// ---- assignment and variables ----
+
+// Whether an expression leaves the variable `name` alone: it calls no
+// routine (which could change it) and does not read it, not even through a
+// compound's tail.
+bool leaves_alone(const rx_tok* t, const rx_tok* name)
+{
+  if (!t) return true;
+  if (t->tok_type == SYMBOL)
+    return rx_const_sym(t) ||
+           (!t->tok_sym && (t->tok_len != name->tok_len ||
+                            std::memcmp(t->tok_value, name->tok_value, (size_t)t->tok_len) != 0));
+  if (t->tok_type != RX_NODE) return true;
+  const rx_op* op = t->tok_op;
+  if (op->op_class == OPC_CALL || op->op_fx == FX_BACKQ) return false;
+  for (const rx_slot& s : op->op_slot)
+    if (s.slot_type != NOLEX && !leaves_alone(s.slot_tok, name)) return false;
+  return true;
+}
+
+// `s = s || a || b` (and with blanks): appends to the variable's text in
+// place instead of copying it for every clause, which makes building a
+// long string linear rather than quadratic.
+bool append_in_place(const rx_cl_assign* a)
+{
+  const rx_tok* e = a->val;
+  if (!e || e->tok_type != RX_NODE || rx_tracing(TR_R | TR_I)) return false;
+  const rx_tok* chain[64];
+  int n = 0;
+  while (e->tok_type == RX_NODE && (e->tok_op->op_fx == FX_CONC || e->tok_op->op_fx == FX_BL)) {
+    if (n == 64 || !leaves_alone(e->tok_op->op_slot[1].slot_tok, a->target)) return false;
+    chain[n++] = e;
+    e = e->tok_op->op_slot[0].slot_tok;
+  }
+  if (n == 0 || e->tok_type != SYMBOL || e->tok_len != a->target->tok_len ||
+      std::memcmp(e->tok_value, a->target->tok_value, (size_t)e->tok_len) != 0)
+    return false;
+  var_entry* ent = rx_var_entry(a->target);
+  if (!ent || ent->var_state != VAR_SET) return false;
+  value part;
+  while (n-- > 0) {
+    rx_eval(chain[n]->tok_op->op_slot[1].slot_tok, part);
+    char buf[VAL_NUMBUF];
+    std::string_view text = val_text_of(part, buf);
+    if (chain[n]->tok_op->op_fx == FX_BL) ent->var_value.append(" ", 1);
+    ent->var_value.append(text.data(), text.size());
+  }
+  ent->var_changes++;
+  return true;
+}
+
+// ---- plain assignment ---------------------------------------------------------------
 
 void exec_assign(const rx_cl_assign* a)
 {
+  if (!a->has_index && append_in_place(a)) return;
   value v;
   if (a->val) {
     rx_eval(a->val, v);

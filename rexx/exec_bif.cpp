@@ -60,10 +60,21 @@ char option(args_t& a, size_t i, char dflt)
 
 bool bif_arg(const rx_tok* chain, value& out)
 {
+  const rx_level& lv = rx_st->lv;
+  if (chain && chain->tok_type != VIDE && !chain->tok_next) {
+    // ARG(n), the common form, without the general argument arrays.
+    value v;
+    rx_eval(chain, v);
+    long long n;
+    if (rx_whole(v, n) == 0 && n >= 1) {
+      if ((size_t)n <= lv.args.size() && !lv.omitted[(size_t)n - 1]) out = lv.args[(size_t)n - 1];
+      else out.set_str("", 0);
+      return true;
+    }
+  }
   args_t a;
   eval_all(chain, a);
   count(a, "ARG", 0, 2, "must receive 0, 1 or 2 arguments.");
-  const rx_level& lv = rx_st->lv;
   if (a.t.empty()) {
     size_t n = lv.args.size();
     while (n && lv.omitted[n - 1]) n--;

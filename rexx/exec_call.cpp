@@ -15,9 +15,7 @@ int shown(int line0) { return line0 + 1 - rx_st->main_src->prelude_lines; }
 
 void set_special(const char* upper, const char* lower, long long n)
 {
-  char buf[32];
-  int len = std::snprintf(buf, sizeof buf, "%lld", n);
-  rx_set_name(lower_case() ? lower : upper, value(buf, (size_t)len));
+  rx_set_name(lower_case() ? lower : upper, value((double)n, 0));
 }
 
 void set_sigl()
@@ -108,11 +106,22 @@ bool path_like(std::string_view n)
   return !n.empty() && (n[0] == '.' || n[0] == '/' || n[0] == '~' || (n.size() > 1 && n[1] == ':'));
 }
 
+// Resolved names, direct-mapped by token; a new generation forgets them all
+// (interpreted code's tokens die, and a run's tokens die with the run).
+struct callrow {
+  const rx_tok* tok;  // the name token
+  uint32_t gen;       // generation when stored
+  rx_target t;        // what it resolved to
+};
+constexpr int CALL_ROWS = 1024;
+callrow callcache[CALL_ROWS];
+uint32_t call_gen = 1;
+
 rx_target resolve(const rx_tok* fname)
 {
   rx_run_state& st = *rx_st;
-  auto it = st.calls.find(fname);
-  if (it != st.calls.end()) return it->second;
+  callrow& row = callcache[(reinterpret_cast<uintptr_t>(fname) >> 4) & (CALL_ROWS - 1)];
+  if (row.tok == fname && row.gen == call_gen) return row.t;
   std::string_view name(fname->tok_value, (size_t)fname->tok_len);
   bool quoted = fname->tok_type == STRING || fname->tok_type == SFUNCTION;
   rx_target t{-1, nullptr};
@@ -139,12 +148,35 @@ rx_target resolve(const rx_tok* fname)
     rx_at(fname);
     rx_raise(43);
   }
-  st.calls.emplace(fname, t);
+  row = {fname, call_gen, t};
   return t;
+}
+
+bool call_small(const bu_row* row, const rx_tok* fname, const rx_tok* const* toks, int n, value& out)
+{
+  value vals[8];
+  value* ptrs[8];
+  for (int i = 0; i < n; i++) {
+    ptrs[i] = toks[i]->tok_type == VIDE ? nullptr : &vals[i];
+    if (ptrs[i]) rx_eval(toks[i], vals[i]);
+  }
+  int bad = 0;
+  int rc = bu_call(row, ptrs, n, out, &bad);
+  if (rc == BU_NORESULT) return false;
+  if (rc != 0) {
+    rx_at(bad >= 0 && bad < n ? toks[bad] : fname);
+    rx_raise_current();
+  }
+  return true;
 }
 
 bool call_library(const bu_row* row, const rx_tok* fname, const rx_tok* args, value& out)
 {
+  const rx_tok* few[8];
+  int n = 0;
+  for (const rx_tok* a = args; a && n < 8; a = a->tok_next) few[n++] = a;
+  if (n == 1 && few[0]->tok_type == VIDE) n = 0;
+  if (n < 8) return call_small(row, fname, few, n, out);
   std::vector<value> vals;
   std::vector<char> omitted;
   std::vector<const rx_tok*> toks;
@@ -255,7 +287,7 @@ struct interp_guard {
     rx_run_state& st = *rx_st;
     for (size_t i = touched; i < st.touched.size(); i++) st.touched[i]->slot_val = nullptr;
     st.touched.resize(touched);
-    st.calls.clear();
+    rx_calls_flush();
     rx_cache_flush();
     st.src = saved_src;
     st.lv.interp--;
@@ -393,3 +425,5 @@ rx_flow rx_exec_transfer(const rx_clause* c)
 }
 
 void rx_stack_mark() { stack_base = nullptr; }
+
+void rx_calls_flush() { call_gen++; }

@@ -10,7 +10,6 @@
 
 #include <deque>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "rexx/builtins/builtins.h"
@@ -104,7 +103,6 @@ struct rx_run_state {
   std::string cond_desc;               // its description
   std::deque<value> consts;            // constants made ready for operand slots
   std::vector<rx_slot*> touched;       // slots whose slot_val points into consts
-  std::unordered_map<const rx_tok*, rx_target> calls;  // resolved call targets
   int tr_skip = 0;                     // trace lines to suppress (negative TRACE n)
 };
 extern rx_run_state* rx_st;  // the run in progress, null outside any run
@@ -154,6 +152,8 @@ std::string rx_var_name(const rx_tok* t);
 // Reads and assigns variables by name, as VALUE() and EXPOSE lists do.
 value* rx_peek_name(std::string_view name);
 void rx_set_name(std::string_view name, value&& v);
+// The entry of a simple variable in the current frame (not exposed), or null.
+var_entry* rx_var_entry(const rx_tok* t);
 // Forgets cached variable entries (a frame went away).
 void rx_cache_flush();
 
@@ -169,6 +169,8 @@ void rx_condition(int which, std::string_view desc);
 // Interpreter built-ins that need the run state; null when not one.
 using rx_bif = bool (*)(const rx_tok* args, value& out);
 rx_bif rx_find_bif(std::string_view name);
+// Forgets resolved call targets (their tokens may be gone).
+void rx_calls_flush();
 
 // ---- clauses (exec.cpp) ----------------------------------------------------------------------
 

@@ -21,7 +21,8 @@ enum : int { PAT_NONE, PAT_LIT, PAT_REL, PAT_ABS, PAT_COMMA };
 
 struct pattern {
   int kind = PAT_NONE;   // PAT_*
-  std::string lit;       // literal text
+  std::string_view lit;  // literal text: the token's, or own_lit
+  std::string own_lit;   // a variable pattern's value
   long long n = 0;       // column or offset, signed for relative ones
 };
 
@@ -63,7 +64,7 @@ pattern read_pattern(const rx_tok*& t)
   }
   if (t->tok_type == STRING && t->tok_quoted) {
     p.kind = PAT_LIT;
-    p.lit.assign(t->tok_value, (size_t)t->tok_len);
+    p.lit = {t->tok_value, (size_t)t->tok_len};
     t = t->tok_next;
     return p;
   }
@@ -95,7 +96,8 @@ pattern read_pattern(const rx_tok*& t)
     t = name->tok_next->tok_next;
     if (!sign) {
       p.kind = PAT_LIT;
-      p.lit = text;
+      p.own_lit = std::move(text);
+      p.lit = p.own_lit;
       return p;
     }
     p.n = column_of(name, text);
@@ -126,7 +128,22 @@ void assign(const rx_tok* t, std::string_view field, bool upper)
 }
 
 // Splits [first, end) over the variables of a run.
-void split(pstate& ps, const std::vector<const rx_tok*>& vars, long long end)
+struct varrun {
+  const rx_tok* v[32];             // the run's variables, the first 32
+  std::vector<const rx_tok*> more; // all of them, once there are more than 32
+  size_t n = 0;                    // count
+  void add(const rx_tok* t)
+  {
+    if (n == 32) more.assign(v, v + 32);
+    if (n >= 32) more.push_back(t);
+    else v[n] = t;
+    n++;
+  }
+  size_t size() const { return n; }
+  const rx_tok* operator[](size_t i) const { return n > 32 ? more[i] : v[i]; }
+};
+
+void split(pstate& ps, const varrun& vars, long long end)
 {
   long long pos = ps.first;
   long long len = (long long)ps.s.size();
@@ -154,9 +171,9 @@ const rx_tok* walk(pstate& ps, const rx_tok* t)
 {
   long long len = (long long)ps.s.size();
   for (;;) {
-    std::vector<const rx_tok*> vars;
+    varrun vars;
     while (t && (t->tok_type == RX_BLANK || is_var(t))) {
-      if (t->tok_type != RX_BLANK) vars.push_back(t);
+      if (t->tok_type != RX_BLANK) vars.add(t);
       t = t->tok_next;
     }
     pattern p = read_pattern(t);

@@ -30,6 +30,7 @@ struct saved_globals {
     rx_err_text = err_text;
     vars_setenv_hook = hook;
     rx_cache_flush();
+    rx_calls_flush();
   }
 };
 
@@ -100,6 +101,7 @@ int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
   vars_setenv_hook = prog.opts.setenv == 1;
   rx_st = st.get();
   rx_cache_flush();
+  rx_calls_flush();
   int rc = 0;
   try {
     rx_run_level(prog.block_head);
