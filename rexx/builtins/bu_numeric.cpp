@@ -48,6 +48,46 @@ std::string exponential(double v, int prec, bool keep) {
   return t;
 }
 
+// v in plain notation with `after` decimals, rounded half up on its decimal
+// digits at the current DIGITS, so 1.005 gives 1.01 although the double is
+// a shade below it.
+std::string fixed(double v, int after) {
+  char buf[64];
+  snprintf(buf, sizeof buf, "%.*e", rx_numeric.digits - 1, std::fabs(v));
+  char* e = strchr(buf, 'e');
+  std::string d(1, buf[0]);
+  if (buf[1] == '.') d.append(buf + 2, (size_t)(e - buf - 2));
+  int point = atoi(e + 1) + 1;  // digits before the decimal point
+  if (v == 0) point = 1;
+  long keep = (long)point + after;
+  if (keep < 0) {
+    d.clear();
+  } else if ((size_t)keep < d.size()) {
+    bool up = d[(size_t)keep] >= '5';
+    d.resize((size_t)keep);
+    for (size_t i = d.size(); up && i-- > 0;) {
+      up = d[i] == '9';
+      d[i] = up ? '0' : (char)(d[i] + 1);
+    }
+    if (up) {
+      d.insert(d.begin(), '1');
+      point++;
+    }
+  }
+  std::string ip, fp;
+  if (point > 0) {
+    d.resize(std::max(d.size(), (size_t)point + (size_t)after), '0');
+    ip = d.substr(0, (size_t)point);
+    fp = d.substr((size_t)point, (size_t)after);
+  } else {
+    ip = "0";
+    fp = std::string((size_t)-point, '0') + d;
+    fp.resize((size_t)after, '0');
+  }
+  bool nonzero = (ip + fp).find_first_not_of('0') != std::string::npos;
+  return (v < 0 && nonzero ? "-" : "") + ip + (after ? "." + fp : "");
+}
+
 int extreme(bu_frame& f, value& r, int sign) {
   if (f.argc < 1) return bu_fail(f, 0, "must receive at least 1 argument.");
   int best = -1;
@@ -123,9 +163,7 @@ int bu_format(bu_frame& f, value& r) {
   double v = rx_round(f.args[0]->val_num, rx_numeric.digits);
   std::string t;
   if (after >= 0) {
-    char buf[700];
-    snprintf(buf, sizeof buf, "%.*f", (int)after, v);
-    t = buf;
+    t = fixed(v, (int)after);
   } else {
     char buf[VAL_NUMBUF];
     t.assign(buf, (size_t)rx_num_text(v, f.args[0]->val_dec, buf));

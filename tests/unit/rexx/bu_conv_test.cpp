@@ -142,6 +142,13 @@ TEST(BuNumeric, AbsSignTruncMaxMin) {
 TEST(BuNumeric, Format) {
   NumericGuard g;
   EXPECT_EQ(call("format", {"3.14159", OMIT, "2"}), "3.14");
+  EXPECT_EQ(call("format", {"1.005", OMIT, "2"}), "1.01");  // decimal rounding, not the double's
+  EXPECT_EQ(call("format", {"-0.0001", OMIT, "3"}), "0.000");
+  EXPECT_EQ(call("format", {"9.995", OMIT, "2"}), "10.00");
+  EXPECT_EQ(call("format", {"0.0005", OMIT, "3"}), "0.001");
+  EXPECT_EQ(call("format", {"0.00049", OMIT, "3"}), "0.000");
+  EXPECT_EQ(call("format", {"123.456", "5", "0"}), "  123");
+  EXPECT_EQ(call("format", {"0", OMIT, "2"}), "0.00");
   EXPECT_EQ(call("format", {"1234.5", "6", "3"}), "  1234.500");
   EXPECT_EQ(call("format", {"-1.5", "3", "2"}), " -1.50");
   EXPECT_EQ(call("format", {"12345678901"}), "1.23456789E+10");
