@@ -63,10 +63,10 @@ void index_add(var_frame* f, var_entry* e) {
 
 // The stem key of a compound: the stem, then '+'.
 struct key_buf {
-  char small[64];
-  std::string big;
-  const char* p;
-  size_t n;
+  char small[64];  // the key when short
+  std::string big; // the key when long
+  const char* p;   // the key's text
+  size_t n;        // its length
   key_buf(const char* stem, size_t len) : n(len + 1) {
     char* b = small;
     if (n > sizeof small) {
