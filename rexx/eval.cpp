@@ -340,7 +340,7 @@ void rx_eval(const rx_tok* t, value& out)
   default: out.set_str(t->tok_value ? t->tok_value : "", (size_t)t->tok_len); return;
   }
   if (++depth > RX_MAX_EXPR_DEPTH) {
-    depth = 0;
+    depth--;
     rx_at(t);
     rx_raise(5, "expressions nested too deeply");
   }
@@ -354,6 +354,7 @@ int rx_eval_truth(const rx_tok* t, const char* what, const char* after)
 {
   value v;
   rx_eval(t, v);
+  if (rx_tracing(TR_R | TR_I)) rx_trace_result(v);
   int out;
   if (rx_truth(v, out)) return out;
   rx_at(t);

@@ -68,6 +68,7 @@ long long whole_count(const rx_tok* e, const char* after)
 inline void tick()
 {
   if (++rx_st->clauses % 20 == 0 && rx_poll_hook) rx_poll_hook();
+  if (rx_halt_pending) rx_halted();
 }
 
 rx_flow do_simple(const rx_cl_do* d)
@@ -514,6 +515,7 @@ rx_flow rx_run_block(rx_cell* c)
     st.cur_col = 0;
     if (st.src == st.main_src) st.main_line = cl->line;
     if (++st.clauses % 20 == 0 && rx_poll_hook) rx_poll_hook();
+    if (rx_halt_pending) rx_halted();
     if (st.lv.trace & (TR_A | TR_R | TR_I | TR_L | TR_C | TR_S)) rx_trace_clause(cl);
     rx_flow f = exec_clause(cl);
     if (f != FL_NEXT) return f;

@@ -424,6 +424,21 @@ rx_flow rx_exec_transfer(const rx_clause* c)
   }
 }
 
+volatile int rx_halt_pending = 0;
+
+void rx_request_halt() { rx_halt_pending = 1; }
+
+void rx_halted()
+{
+  rx_halt_pending = 0;
+  rx_cond& c = rx_st->lv.cond[CN_HALT];
+  if (c.state == CS_SIGNAL || c.state == CS_CALL) {
+    rx_condition(CN_HALT, "");
+    return;
+  }
+  if (c.state != CS_RUNNING) rx_raise(4);
+}
+
 void rx_stack_mark() { stack_base = nullptr; }
 
 void rx_calls_flush() { call_gen++; }

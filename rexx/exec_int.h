@@ -172,6 +172,11 @@ rx_bif rx_find_bif(std::string_view name);
 // Forgets resolved call targets (their tokens may be gone).
 void rx_calls_flush();
 
+// A halt asked for by rx_request_halt, not yet seen by the walker.
+extern volatile int rx_halt_pending;
+// Acts on a pending halt.
+void rx_halted();
+
 // ---- clauses (exec.cpp) ----------------------------------------------------------------------
 
 rx_flow rx_run_block(rx_cell* c);

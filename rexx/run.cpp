@@ -100,6 +100,7 @@ int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
   rx_err_text.clear();
   vars_setenv_hook = prog.opts.setenv == 1;
   rx_st = st.get();
+  if (!saved.st) rx_halt_pending = 0;
   rx_cache_flush();
   rx_calls_flush();
   int rc = 0;

@@ -56,6 +56,10 @@ bool rx_running();
 // The editor's event poll, called every 20 clauses; null for none.
 extern void (*rx_poll_hook)();
 
+// Asks the running macro to stop at its next clause: the HALT condition
+// when trapped, else error 4. Safe to call from a signal handler.
+void rx_request_halt();
+
 // ---- host environments --------------------------------------------------------
 
 // A handler runs a command and gives its return code. Setting *stop asks

@@ -74,6 +74,26 @@ TEST_F(ExecHost, PollRunsEveryTwentyClausesAndInEmptyLoops)
   EXPECT_EQ(polls, 0);
 }
 
+int halt_after = 0;  // polls until the halt request
+void halt_poll()
+{
+  if (++polls == halt_after) rx_request_halt();
+}
+
+TEST_F(ExecHost, HaltStopsALoopOrRaisesTheCondition)
+{
+  rx_poll_hook = halt_poll;
+  halt_after = 3;
+  EXPECT_EQ(run("do forever; end"), 4);
+  polls = 0;
+  EXPECT_EQ(run("signal on halt\ndo i = 1; end\nhalt: say 'halted' condition('C') (i > 40)"), 0);
+  EXPECT_EQ(said, "halted HALT 1\n");
+  said.clear();
+  polls = 0;
+  EXPECT_EQ(run("call on halt\ndo i = 1 until done = 1; end\nsay 'resumed'\nexit\nhalt: done = 1; return"), 0);
+  EXPECT_EQ(said, "resumed\n");
+}
+
 TEST_F(ExecHost, PullTakesTheStackFirstThenTheConsole)
 {
   console_lines = {"typed line", "second"};
