@@ -516,9 +516,14 @@ rx_flow rx_run_block(rx_cell* c)
     if (st.src == st.main_src) st.main_line = cl->line;
     if (++st.clauses % 20 == 0 && rx_poll_hook) rx_poll_hook();
     if (rx_halt_pending) rx_halted();
-    if (st.lv.trace & (TR_A | TR_R | TR_I | TR_L | TR_C | TR_S)) rx_trace_clause(cl);
+    int tr = st.lv.trace;
+    if (tr & (TR_A | TR_R | TR_I | TR_L | TR_C | TR_S)) rx_trace_clause(cl);
     rx_flow f = exec_clause(cl);
     if (f != FL_NEXT) return f;
+    if ((st.lv.trace & TR_INTERACTIVE) && (tr & (TR_A | TR_R | TR_I)) && cl->kind != K_TRACE && !st.in_pause) {
+      f = rx_trace_pause(cl);
+      if (f != FL_NEXT) return f;
+    }
   }
   return FL_NEXT;
 }

@@ -298,12 +298,19 @@ rx_flow exec_interpret(const rx_cl_expr* c)
 {
   value v;
   rx_eval(c->expr, v);
+  return rx_interpret(rx_text(v), c->expr);
+}
+
+}  // namespace
+
+rx_flow rx_interpret(std::string text, const rx_tok* at)
+{
   if (rx_st->lv.interp >= RX_MAX_INTERP_DEPTH) {
-    rx_at(c->expr);
+    rx_at(at);
     rx_raise(5, "INTERPRET nested too deeply");
   }
   auto isrc = std::make_unique<rx_src>();
-  isrc->text = rx_text(v);
+  isrc->text = std::move(text);
   isrc->file_name = rx_st->main_src->file_name;
   isrc->interpreted = true;
   auto ip = std::make_unique<rx_prog>();
@@ -312,13 +319,15 @@ rx_flow exec_interpret(const rx_cl_expr* c)
   if (int e = rx_parse(*ip, isrc->text.data(), isrc->text.size(), err)) {
     std::fflush(stdout);
     rx_out_trace(rx_error_report(*isrc, err));
-    rx_at(c->expr);
+    rx_at(at);
     rx_raise(e, err.err_msg);
   }
   interp_guard g;
   rx_st->src = isrc.get();
   return rx_run_block(ip->block_head);
 }
+
+namespace {
 
 rx_flow exec_exit(const rx_cl_expr* c, bool is_return)
 {

@@ -104,6 +104,8 @@ struct rx_run_state {
   std::deque<value> consts;            // constants made ready for operand slots
   std::vector<rx_slot*> touched;       // slots whose slot_val points into consts
   int tr_skip = 0;                     // trace lines to suppress (negative TRACE n)
+  int pause_skip = 0;                  // interactive pauses to skip (positive TRACE n)
+  bool in_pause = false;               // console lines of a pause are running
 };
 extern rx_run_state* rx_st;  // the run in progress, null outside any run
 
@@ -169,6 +171,8 @@ void rx_condition(int which, std::string_view desc);
 // Interpreter built-ins that need the run state; null when not one.
 using rx_bif = bool (*)(const rx_tok* args, value& out);
 rx_bif rx_find_bif(std::string_view name);
+// Runs a text as INTERPRET does; `at` positions its errors.
+rx_flow rx_interpret(std::string text, const rx_tok* at);
 // Forgets resolved call targets (their tokens may be gone).
 void rx_calls_flush();
 
@@ -205,6 +209,9 @@ int rx_trace_set(std::string_view s);
 std::string rx_trace_text();
 // Traces a clause's source line when the setting asks for it.
 void rx_trace_clause(const rx_clause* c);
+// The interactive pause after a traced clause: console lines run as
+// INTERPRET until an empty one; gives what the last of them asked for.
+rx_flow rx_trace_pause(const rx_clause* c);
 // Trace detail lines: ">>>" results, assignments, and the like.
 void rx_trace_result(const value& v);
 void rx_trace_assign(std::string_view name, const value& v);

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 
 #include "rexx/exec_int.h"
 
@@ -98,6 +99,7 @@ int rx_trace_set(std::string_view s)
   if (c0 == '-' || c0 == '+' || std::isdigit((unsigned char)c0)) {
     long n = std::strtol(std::string(s.substr(p)).c_str(), nullptr, 10);
     rx_st->tr_skip = n < 0 ? (int)-n : 0;
+    rx_st->pause_skip = n > 0 ? (int)n : 0;
     return 0;
   }
   int keep = lv.trace & (TR_INTERACTIVE | TR_INHIBIT);
@@ -141,6 +143,29 @@ void rx_trace_clause(const rx_clause* c)
   if (t & (TR_A | TR_R | TR_I | TR_S)) source_line(c->line);
   else if ((t & TR_L) && c->kind == K_LABEL) source_line(c->line);
   else if ((t & TR_C) && (c->kind == K_COMMAND || c->kind == K_SAYX)) source_line(c->line);
+}
+
+rx_flow rx_trace_pause(const rx_clause* c)
+{
+  rx_run_state& st = *rx_st;
+  if (st.pause_skip > 0) {
+    st.pause_skip--;
+    return FL_NEXT;
+  }
+  std::fflush(stdout);
+  for (;;) {
+    std::string line;
+    bool got = rx_console.read_line ? rx_console.read_line(line) : static_cast<bool>(std::getline(std::cin, line));
+    if (!got || line.empty()) return FL_NEXT;
+    st.in_pause = true;
+    struct reset {
+      ~reset() { rx_st->in_pause = false; }
+    } r;
+    rx_flow f = rx_interpret(line, nullptr);
+    if (f != FL_NEXT) return f;
+    if (!(st.lv.trace & TR_INTERACTIVE)) return FL_NEXT;
+    (void)c;
+  }
 }
 
 void rx_trace_result(const value& v) { detail(">>>", quoted(v)); }

@@ -1,0 +1,4 @@
+trace ?r
+x = 1
+y = 2
+say x y
