@@ -24,6 +24,21 @@ std::vector<span> split(std::string_view s) {
   return w;
 }
 
+// The n-th word (from 1) without building the whole list; false when the
+// text has fewer words.
+bool nth_word(std::string_view s, size_t n, span& out) {
+  for (size_t i = 0, k = 0; i < s.size();) {
+    while (i < s.size() && s[i] == ' ') i++;
+    size_t b = i;
+    while (i < s.size() && s[i] != ' ') i++;
+    if (i > b && ++k == n) {
+      out = {b, i - b};
+      return true;
+    }
+  }
+  return false;
+}
+
 // The word number where the phrase's words occur in sequence, from word
 // `first` (1-based), or 0.
 size_t phrase_at(std::string_view s, std::string_view phrase, size_t first) {
@@ -41,10 +56,12 @@ size_t phrase_at(std::string_view s, std::string_view phrase, size_t first) {
 }
 
 // A string and a word number: the two-argument shape of WORD and its kin.
-int word_n(bu_frame& f, std::vector<span>& ws, long long& n) {
+// Gives whether that word exists, and the word.
+int word_n(bu_frame& f, bool& found, span& w) {
   if (int e = bu_count(f, 2, 2)) return e;
+  long long n;
   if (int e = bu_whole(f, 1, 1, 1, n)) return e;
-  ws = split(bu_text(f, 0));
+  found = nth_word(bu_text(f, 0), (size_t)n, w);
   return 0;
 }
 
@@ -110,31 +127,30 @@ int bu_subword(bu_frame& f, value& r) {
 }
 
 int bu_word(bu_frame& f, value& r) {
-  std::vector<span> ws;
-  long long n;
-  if (int e = word_n(f, ws, n)) return e;
-  std::string_view s = bu_text(f, 0);
-  if ((size_t)n > ws.size()) {
-    r.set_str("", 0);
+  bool found;
+  span w;
+  if (int e = word_n(f, found, w)) return e;
+  if (found) {
+    r.set_str(bu_text(f, 0).substr(w.at, w.len));
   } else {
-    r.set_str(s.substr(ws[(size_t)n - 1].at, ws[(size_t)n - 1].len));
+    r.set_str("", 0);
   }
   return 0;
 }
 
 int bu_wordindex(bu_frame& f, value& r) {
-  std::vector<span> ws;
-  long long n;
-  if (int e = word_n(f, ws, n)) return e;
-  r.set_num((size_t)n > ws.size() ? 0 : (double)ws[(size_t)n - 1].at + 1);
+  bool found;
+  span w;
+  if (int e = word_n(f, found, w)) return e;
+  r.set_num(found ? (double)w.at + 1 : 0);
   return 0;
 }
 
 int bu_wordlength(bu_frame& f, value& r) {
-  std::vector<span> ws;
-  long long n;
-  if (int e = word_n(f, ws, n)) return e;
-  r.set_num((size_t)n > ws.size() ? 0 : (double)ws[(size_t)n - 1].len);
+  bool found;
+  span w;
+  if (int e = word_n(f, found, w)) return e;
+  r.set_num(found ? (double)w.len : 0);
   return 0;
 }
 
@@ -148,6 +164,10 @@ int bu_wordpos(bu_frame& f, value& r) {
 
 int bu_words(bu_frame& f, value& r) {
   if (int e = bu_count(f, 1, 1)) return e;
-  r.set_num((double)split(bu_text(f, 0)).size());
+  std::string_view s = bu_text(f, 0);
+  size_t n = 0;
+  for (size_t i = 0; i < s.size(); i++)
+    if (s[i] != ' ' && (i == 0 || s[i - 1] == ' ')) n++;
+  r.set_num((double)n);
   return 0;
 }
