@@ -232,8 +232,8 @@ std::string source_text()
   std::string dir = slash == std::string::npos ? "." : f.substr(0, slash);
   size_t dot = base.rfind('.');
   std::string type = dot == std::string::npos || dot == 0 ? "?" : base.substr(dot + 1);
-  return "VORTA MACRO " + (base.empty() ? std::string("?") : base) + " " + (dir.empty() ? "/" : dir) + " " +
-         type + " molba";
+  return "VORTA MACRO " + (base.empty() ? std::string("?") : base) + " " + type + " " +
+         (dir.empty() ? "/" : dir) + " molba";
 }
 
 }  // namespace
