@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include "rexx/exec_int.h"
 
@@ -152,13 +153,26 @@ rx_target resolve(const rx_tok* fname)
   return t;
 }
 
+// Up to 8 evaluated arguments on the stack, made only as far as needed.
+struct small_args {
+  alignas(value) unsigned char mem[8 * sizeof(value)];  // room for the values
+  int made = 0;                                        // values constructed so far
+  value* at(int i) { return reinterpret_cast<value*>(mem) + i; }
+  ~small_args()
+  {
+    for (int i = 0; i < made; i++) at(i)->~value();
+  }
+};
+
 bool call_small(const bu_row* row, const rx_tok* fname, const rx_tok* const* toks, int n, value& out)
 {
-  value vals[8];
+  small_args vals;
   value* ptrs[8];
   for (int i = 0; i < n; i++) {
-    ptrs[i] = toks[i]->tok_type == VIDE ? nullptr : &vals[i];
-    if (ptrs[i]) rx_eval(toks[i], vals[i]);
+    new (vals.at(i)) value();
+    vals.made++;
+    ptrs[i] = toks[i]->tok_type == VIDE ? nullptr : vals.at(i);
+    if (ptrs[i]) rx_eval(toks[i], *ptrs[i]);
   }
   int bad = 0;
   int rc = bu_call(row, ptrs, n, out, &bad);

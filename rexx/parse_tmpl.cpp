@@ -52,6 +52,15 @@ long long column_of(const rx_tok* t, std::string_view text)
   return n;
 }
 
+// A column written as digits; short ones need no conversion through text.
+long long digits_of(const rx_tok* t)
+{
+  if (t->tok_len > 9) return column_of(t, {t->tok_value, (size_t)t->tok_len});
+  long long n = 0;
+  for (int i = 0; i < t->tok_len; i++) n = n * 10 + (t->tok_value[i] - '0');
+  return n;
+}
+
 // Reads the pattern at *pt, moving past it.
 pattern read_pattern(const rx_tok*& t)
 {
@@ -70,7 +79,7 @@ pattern read_pattern(const rx_tok*& t)
   }
   if (is_number_tok(t)) {
     p.kind = PAT_ABS;
-    p.n = column_of(t, {t->tok_value, (size_t)t->tok_len});
+    p.n = digits_of(t);
     t = t->tok_next;
     return p;
   }
@@ -102,7 +111,7 @@ pattern read_pattern(const rx_tok*& t)
     }
     p.n = column_of(name, text);
   } else {
-    p.n = column_of(t, {t->tok_value, (size_t)t->tok_len});
+    p.n = digits_of(t);
     t = t->tok_next;
   }
   if (sign == '=') p.kind = PAT_ABS;
