@@ -260,7 +260,8 @@ void exec_assign(const rx_cl_assign* a)
   value v;
   if (a->val) {
     rx_eval(a->val, v);
-    if (a->val->tok_type == SYMBOL && rx_const_sym(a->val)) val_make_num(v);
+    const rx_tok* e = a->val;
+    if ((e->tok_type == STRING && !e->tok_quoted) || (e->tok_type == SYMBOL && rx_const_sym(e))) val_make_num(v);
   }
   if (rx_const_sym(a->target)) {
     rx_at(a->target);
@@ -290,8 +291,8 @@ void exec_assign(const rx_cl_assign* a)
   }
 }
 
-// Splits a text at blanks into names.
-std::vector<std::string> words_of(const std::string& s)
+// Splits a text at blanks.
+std::vector<std::string> split_words(const std::string& s)
 {
   std::vector<std::string> out;
   size_t p = 0;
@@ -304,6 +305,20 @@ std::vector<std::string> words_of(const std::string& s)
     p = e;
   }
 }
+
+// The names of a variable list's value, folded as the program's symbols are.
+std::vector<std::string> words_of(const std::string& s)
+{
+  std::vector<std::string> out = split_words(s);
+  int symcase = rx_st->prog->opts.symcase;
+  for (std::string& w : out)
+    for (char& c : w) {
+      if (symcase == CASE_LOWER) c = (char)tolower((unsigned char)c);
+      else if (symcase != CASE_MIXED) c = (char)toupper((unsigned char)c);
+    }
+  return out;
+}
+
 
 void check_name(const std::string& n)
 {

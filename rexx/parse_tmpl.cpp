@@ -285,6 +285,7 @@ void rx_exec_parse(const rx_cl_parse* c)
     if (c->operand) {
       value v;
       rx_eval(c->operand, v);
+      if (rx_tracing(TR_R | TR_I)) rx_trace_result(v);
       text = rx_text(v);
     }
     break;
