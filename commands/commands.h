@@ -143,6 +143,7 @@ void xfqueue_clear();
 std::string_view xfword(std::string_view &rest); // next blank-delimited word
 std::string_view xftrim(std::string_view s);
 bool xfnumber(std::string_view s, long &out);     // whole decimal number
+bool xfcount(const xfcmd &c, long &n); // optional count of 1 or more; false after message 16
 
 // Lets a test replace the command table's "not implemented" handler lookup.
 int xfcm_notimpl(const xfcmd &c);

@@ -25,9 +25,11 @@ void propose(int fld, int32_t li, int32_t col)
     xf->curstack.push_back(c);
 }
 
-// The line the cursor stands on in the file area, or -2.
+// The line the cursor stands on in the file area, or -2 (also with no file).
 int32_t cursor_line()
 {
+    if (!xf)
+        return -2;
     const xfcursor &c = xf->ptcur_i;
     return c.fld == 0 && c.li >= 0 && c.li < nbli() ? c.li : -2;
 }
@@ -92,8 +94,6 @@ int xfcm_split(const xfcmd &c)
 {
     xftrace("Commande xfcm_split");
     (void)c;
-    if (!xf)
-        return 1;
     int32_t li = cursor_line();
     if (li < 0)
         return 1;
@@ -159,15 +159,9 @@ namespace {
 // LEft n and RIght n shift the view's first column.
 int shift_view(const xfcmd &c, int dir)
 {
-    if (!xf)
+    long n;
+    if (!xf || !xfcount(c, n))
         return 1;
-    std::string_view op = xftrim(c.ops());
-    long n = 1;
-    if (!op.empty() && (!xfnumber(op, n) || n < 1)) {
-        xfmsg(16, 1);
-        cmd_rc = 5;
-        return 1;
-    }
     int32_t &first = xv->perfile[(size_t)xfidx].verify[0];
     first = (int32_t)std::max<long>(1, first + dir * n);
     return 1;
@@ -192,8 +186,6 @@ int xfcm_nextword(const xfcmd &c)
 {
     xftrace("Commande xfcm_nextword");
     (void)c;
-    if (!xf)
-        return 1;
     int32_t li = cursor_line();
     if (li < 0)
         return 1;
@@ -218,8 +210,6 @@ int xfcm_prevword(const xfcmd &c)
 {
     xftrace("Commande xfcm_prevword");
     (void)c;
-    if (!xf)
-        return 1;
     int32_t li = cursor_line();
     if (li < 0)
         return 1;

@@ -61,13 +61,9 @@ int xfcm_add(const xfcmd &c)
     xftrace("Commande xfcm_add");
     if (!xf)
         return 1;
-    std::string_view op = xftrim(c.ops());
-    long n = 1;
-    if (!op.empty() && (!xfnumber(op, n) || n < 1)) {
-        xfmsg(16, 1);
-        cmd_rc = 5;
+    long n;
+    if (!xfcount(c, n))
         return 1;
-    }
     xfadd(curline(), (int32_t)n, 1);
     return 1;
 }

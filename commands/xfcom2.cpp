@@ -219,6 +219,32 @@ std::string normalise(const std::string &line, size_t w)
     return norm;
 }
 
+// The texts one command is seen through; the handler's views point here.
+struct cmd_texts {
+    std::string orig, line, lline; // see xfcmd
+    size_t w;                      // end of the command word
+    std::string norm, lnorm;       // see xfcmd
+
+    cmd_texts(std::string o, std::string l)
+        : orig(std::move(o)), line(std::move(l)), lline(xffold(line)), w(word_end(line)),
+          norm(normalise(line, w)), lnorm(xffold(norm))
+    {
+    }
+    xfcmd cmd(int ctx1, int ctx2) const
+    {
+        xfcmd c;
+        c.orig = orig;
+        c.line = line;
+        c.lline = lline;
+        c.norm = norm;
+        c.lnorm = lnorm;
+        c.ctx1 = ctx1;
+        c.ctx2 = ctx2;
+        c.typed = (int)w;
+        return c;
+    }
+};
+
 } // namespace
 
 int xfcmdline(std::string_view line, int ctx1, int ctx2)
@@ -263,22 +289,10 @@ int xfcom2(std::string_view text, int ctx1, int ctx2)
     std::string orig(text);
     if (debug_cmds)
         std::fprintf(stderr, "xfcom2: com = %s\n", orig.c_str());
-    std::string line = xfexpand(orig);
-    std::string lline = xffold(line);
-
-    size_t w = word_end(line);
-    std::string norm = normalise(line, w);
-    std::string lnorm = xffold(norm);
-
-    xfcmd c;
-    c.orig = orig;
-    c.line = line;
-    c.lline = lline;
-    c.norm = norm;
-    c.lnorm = lnorm;
-    c.ctx1 = ctx1;
-    c.ctx2 = ctx2;
-    c.typed = (int)w;
+    cmd_texts t(orig, xfexpand(orig));
+    xfcmd c = t.cmd(ctx1, ctx2);
+    const std::string &line = t.line, &norm = t.norm;
+    size_t w = t.w;
 
     // This dispatch's switches; a nested dispatch starts with both set.
     int mm = may_macro, mb = may_builtin;
@@ -293,7 +307,7 @@ int xfcom2(std::string_view text, int ctx1, int ctx2)
             mm = 1;
     }
     if (!done && mb)
-        done = builtin_forms(c, orig, std::string_view(lnorm).substr(0, w));
+        done = builtin_forms(c, orig, std::string_view(t.lnorm).substr(0, w));
     if (!done && !macro_first && mm)
         done = xfmacro_search(norm);
     if (!done) {
@@ -314,19 +328,9 @@ int xfcom2(std::string_view text, int ctx1, int ctx2)
 
 int xfcall(const cmd_entry *e, xfcm_fn fn, std::string_view text, int ctx1, int ctx2)
 {
-    std::string line(text), lline = xffold(line);
-    size_t w = word_end(line);
-    std::string norm = normalise(line, w), lnorm = xffold(norm);
-    xfcmd c;
-    c.orig = line;
-    c.line = line;
-    c.lline = lline;
-    c.norm = norm;
-    c.lnorm = lnorm;
-    c.ctx1 = ctx1;
-    c.ctx2 = ctx2;
+    cmd_texts t{std::string(text), std::string(text)};
+    xfcmd c = t.cmd(ctx1, ctx2);
     c.ent = e;
-    c.typed = (int)w;
     return fn(c);
 }
 
@@ -463,6 +467,18 @@ std::string_view xfword(std::string_view &rest)
     std::string_view w = rest.substr(0, e);
     rest.remove_prefix(e == std::string_view::npos ? rest.size() : e);
     return w;
+}
+
+bool xfcount(const xfcmd &c, long &n)
+{
+    std::string_view op = xftrim(c.ops());
+    n = 1;
+    if (!op.empty() && (!xfnumber(op, n) || n < 1)) {
+        xfmsg(16, 1);
+        cmd_rc = 5;
+        return false;
+    }
+    return true;
 }
 
 bool xfnumber(std::string_view s, long &out)

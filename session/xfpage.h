@@ -37,6 +37,7 @@ void xfdisplay();
 int xfscreen_apply(const xfscreendef &d, bool check_only);
 
 // The read cycle.
+bool xfnext_queued(std::string &out); // the oldest queued, else stacked, command
 void xfread(int toplevel);
 void xfx();
 extern int aid;        // why the last read ended (asread's code)

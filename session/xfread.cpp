@@ -271,6 +271,19 @@ void xfautoi()
 
 } // namespace
 
+bool xfnext_queued(std::string &out)
+{
+    std::vector<std::string> &from = !cmd_queue.empty() ? cmd_queue : macro_stack_cmds;
+    if (from.empty())
+        return false;
+    out = from.front();
+    from.erase(from.begin());
+    // A stacked command that fails can be seen on the command line.
+    if (&from == &macro_stack_cmds && xv && !batch)
+        xv->cmdline = out;
+    return true;
+}
+
 void xfread(int toplevel)
 {
     (void)toplevel;
@@ -345,28 +358,11 @@ void xfread(int toplevel)
 
 namespace {
 
-bool next_queued(std::string &out)
-{
-    if (!cmd_queue.empty()) {
-        out = cmd_queue.front();
-        cmd_queue.erase(cmd_queue.begin());
-        return true;
-    }
-    if (!macro_stack_cmds.empty()) {
-        out = macro_stack_cmds.front();
-        macro_stack_cmds.erase(macro_stack_cmds.begin());
-        if (xv)
-            xv->cmdline = out; // a stacked command that fails can be seen
-        return true;
-    }
-    return false;
-}
-
 // Takes the one command of this turn and runs it.
 void xfcom()
 {
     std::string text;
-    if (next_queued(text)) {
+    if (xfnext_queued(text)) {
         cmd_source = 2;
         xfcmdline(text);
         return;

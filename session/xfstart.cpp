@@ -36,6 +36,7 @@ bool opt_kedit = false;
 
 void xftimeload_start();
 void xfcrash_install();
+void xfack();
 // Weak: programs linked without the terminal layer (the unit tests) find none.
 fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) __attribute__((weak));
 
@@ -305,22 +306,6 @@ void xfprofile(const std::string &asked, const std::vector<std::string> &argv)
     }
 }
 
-// The next command of a run with no screen: the queue, then the stack.
-bool next_command(std::string &out)
-{
-    if (!cmd_queue.empty()) {
-        out = cmd_queue.front();
-        cmd_queue.erase(cmd_queue.begin());
-        return true;
-    }
-    if (!macro_stack_cmds.empty()) {
-        out = macro_stack_cmds.front();
-        macro_stack_cmds.erase(macro_stack_cmds.begin());
-        return true;
-    }
-    return false;
-}
-
 bool ends_with(const std::string &s, const char *tail)
 {
     size_t n = std::strlen(tail);
@@ -418,7 +403,9 @@ int xfmain(int argc, char **argv)
         term = term || words[i] == "-term";
     if (!batch && o.keys.empty() && (term || isatty(0))) {
         std::string why = "no terminal layer in this program";
-        layer = fs_plat_term ? fs_plat_term([] { xfnomem_save(1); }, why) : nullptr;
+        // When the terminal goes, what was typed on the page is taken into the
+        // files first, then every changed file is kept as a ".check" copy.
+        layer = fs_plat_term ? fs_plat_term([] { xfack(); xfnomem_save(1); }, why) : nullptr;
         if (!layer) {
             std::fprintf(stderr, "vorta: can't initialize\n%s\n", why.c_str());
             std::exit(1);
@@ -446,8 +433,7 @@ int xfmain(int argc, char **argv)
         if (o.keys.empty())
             xfkeys_term(); // the terminal's keyboard file
         xfgeom(true);
-        // A terminal too small for a page shows so until it is made larger.
-        if (!pageok && o.keys.empty())
+        if (!pageok)
             die("vorta: too small window");
     }
 
@@ -483,7 +469,7 @@ int xfmain(int argc, char **argv)
 
     std::string cmd;
     cmd_source = 2;
-    while (next_command(cmd))
+    while (xfnext_queued(cmd))
         xfcmdline(cmd);
 
     if (batch)
