@@ -144,6 +144,13 @@ rx_target resolve(const rx_tok* fname)
     if (const bu_row* r = bu_lookup(name, mode)) t = {2, r};
   }
   if (t.kind < 0) {
+    std::string path;
+    if (rx_find_external(name, quoted, path)) {
+      st.externals.push_back(path);
+      t = {3, &st.externals.back()};
+    }
+  }
+  if (t.kind < 0) {
     std::fflush(stdout);
     rx_out_trace("molba: \"" + std::string(name) + "\" routine not found.\n");
     rx_at(fname);
@@ -387,6 +394,14 @@ bool rx_call(const rx_tok* fname, const rx_tok* args, value& out, bool as_functi
     break;
   }
   case 1: has = reinterpret_cast<rx_bif>(const_cast<void*>(t.p))(args, out); break;
+  case 3: {
+    std::vector<value> vals;
+    std::vector<char> omitted;
+    std::vector<const rx_tok*> toks;
+    eval_args(args, vals, omitted, toks);
+    has = rx_call_external(*static_cast<const std::string*>(t.p), vals, omitted, fname, out);
+    break;
+  }
   default: has = call_library(static_cast<const bu_row*>(t.p), fname, args, out); break;
   }
   if (as_function && rx_tracing(TR_I))

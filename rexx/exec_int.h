@@ -76,8 +76,8 @@ enum rx_flow : int { FL_NEXT, FL_LEAVE, FL_ITERATE, FL_RETURN };
 
 // A resolved call target, cached per name token.
 struct rx_target {
-  int kind;            // 0 label, 1 interpreter built-in, 2 library built-in
-  const void* p;       // rx_label, rx_bif or bu_row
+  int kind;            // 0 label, 1 interpreter built-in, 2 library built-in, 3 external file
+  const void* p;       // rx_label, rx_bif, bu_row, or the file's path (std::string)
 };
 
 // ---- run state ---------------------------------------------------------------------
@@ -103,6 +103,7 @@ struct rx_run_state {
   std::string cond_desc;               // its description
   std::deque<value> consts;            // constants made ready for operand slots
   std::vector<rx_slot*> touched;       // slots whose slot_val points into consts
+  std::deque<std::string> externals;   // paths of external routines found
   int tr_skip = 0;                     // trace lines to suppress (negative TRACE n)
   int pause_skip = 0;                  // interactive pauses to skip (positive TRACE n)
   bool in_pause = false;               // console lines of a pause are running
@@ -173,6 +174,10 @@ using rx_bif = bool (*)(const rx_tok* args, value& out);
 rx_bif rx_find_bif(std::string_view name);
 // Runs a text as INTERPRET does; `at` positions its errors.
 rx_flow rx_interpret(std::string text, const rx_tok* at);
+// External routines (exec_ext.cpp): the file for a name, and a call of it.
+bool rx_find_external(std::string_view name, bool quoted, std::string& path);
+bool rx_call_external(const std::string& path, std::vector<value>& args, std::vector<char>& omitted,
+                      const rx_tok* at, value& out);
 // Forgets resolved call targets (their tokens may be gone).
 void rx_calls_flush();
 

@@ -111,6 +111,7 @@ int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
     rc = result_of(*st, result);
   } catch (const rx_error_jump& e) {
     rc = e.num;
+    if (result) result->error = e.num;
   } catch (const rx_signal_jump&) {
     rc = 16;
   }

@@ -34,6 +34,7 @@ extern rx_io rx_console;  // the console of every run in the process
 struct rx_result {
   bool has_text = false;  // a value was returned
   std::string text;       // its text
+  int error = 0;          // the error number when an error ended the run
 };
 
 // Runs a program file. `command` is the file name followed by its argument

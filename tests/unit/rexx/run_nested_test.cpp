@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 
@@ -153,6 +154,23 @@ TEST_F(RunNested, RunRxReadsAFile)
   EXPECT_EQ(said, "got hello there\n");
   EXPECT_EQ(run_rx(::testing::TempDir() + "/no_such_program.rexx", nullptr, 0, ::testing::TempDir()), -1);
   std::remove(path.c_str());
+}
+
+TEST_F(RunNested, ExternalRoutinesAlongPath)
+{
+  std::string dir = ::testing::TempDir();
+  std::string path = dir + "/pathfn.mlbx";
+  {
+    std::ofstream f(path);
+    f << "parse arg a, b\nx = 'inner'\nreturn a + b\n";
+  }
+  std::string old = std::getenv("PATH") ? std::getenv("PATH") : "";
+  setenv("PATH", (dir + ":" + old).c_str(), 1);
+  ran r = run_text("x = 'outer'\nsay pathfn(3, 4) x\ncall pathfn 1, 1\nsay result\n");
+  setenv("PATH", old.c_str(), 1);
+  std::remove(path.c_str());
+  EXPECT_EQ(r.rc, 0);
+  EXPECT_EQ(r.out, "7 outer\n2\n");
 }
 
 }  // namespace
