@@ -66,7 +66,5 @@ int main(int argc, char** argv)
     std::fwrite(report.data(), 1, report.size(), stderr);
     return e;
   }
-  std::string arg = program_argument(argc, argv);
-  rx_arg one{arg.data(), arg.size()};
-  return rx_run_prog(prog, src, &one, argc > 2 ? 1 : 0);
+  return rx_run_main(prog, src, program_argument(argc, argv), argc > 2);
 }

@@ -121,6 +121,18 @@ int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
   return rc;
 }
 
+int rx_run_main(rx_prog& prog, const rx_src& src, const std::string& arg, bool has_arg)
+{
+  std::vector<std::string> env;
+  std::vector<rx_arg> list;
+  if (env_args(env)) {
+    for (const std::string& a : env) list.push_back({a.data(), a.size()});
+  } else if (has_arg) {
+    list.push_back({arg.data(), arg.size()});
+  }
+  return rx_run_prog(prog, src, list.data(), (int)list.size());
+}
+
 int run_rx(const std::string& command, const rx_arg* args, int nargs, const std::string& home,
            rx_result* result)
 {

@@ -51,6 +51,11 @@ int run_rx(const std::string& command, const rx_arg* args, int nargs, const std:
 int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
                 rx_result* result = nullptr);
 
+// The stand-alone entry for a parsed program: its one argument string from
+// the command line (has_arg false when none was given), unless the
+// molba_NB_ARGS and molba_ARGn variables hand it the arguments instead.
+int rx_run_main(rx_prog& prog, const rx_src& src, const std::string& arg, bool has_arg);
+
 // Whether a run is active (a call of run_rx from a host command nests).
 bool rx_running();
 

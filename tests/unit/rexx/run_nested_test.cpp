@@ -156,6 +156,27 @@ TEST_F(RunNested, RunRxReadsAFile)
   std::remove(path.c_str());
 }
 
+TEST_F(RunNested, ArgumentsFromTheEnvironment)
+{
+  rx_prog prog;
+  rx_src src;
+  src.text = "say arg() '[' || arg(1) || '][' || arg(2) || '][' || arg(3) || ']'";
+  rx_err err;
+  ASSERT_EQ(rx_parse(prog, src.text.data(), src.text.size(), err), 0);
+  setenv("molba_NB_ARGS", "3", 1);
+  setenv("molba_ARG0", "41620a", 1);  // "Ab" and a newline
+  setenv("molba_ARG1", "", 1);
+  unsetenv("molba_ARG2");
+  EXPECT_EQ(rx_run_main(prog, src, "ignored", true), 0);
+  EXPECT_EQ(std::getenv("molba_NB_ARGS"), nullptr);
+  EXPECT_EQ(said, "3 [Ab\n][][]\n");
+  said.clear();
+  rx_run_main(prog, src, "plain words", true);
+  EXPECT_EQ(said, "1 [plain words][][]\n");
+  unsetenv("molba_ARG0");
+  unsetenv("molba_ARG1");
+}
+
 TEST_F(RunNested, ExternalRoutinesAlongPath)
 {
   std::string dir = ::testing::TempDir();
