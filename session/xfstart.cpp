@@ -36,7 +36,6 @@ bool opt_kedit = false;
 
 void xftimeload_start();
 void xfcrash_install();
-void xfack();
 // Weak: programs linked without the terminal layer (the unit tests) find none.
 fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) __attribute__((weak));
 
@@ -403,9 +402,8 @@ int xfmain(int argc, char **argv)
         term = term || words[i] == "-term";
     if (!batch && o.keys.empty() && (term || isatty(0))) {
         std::string why = "no terminal layer in this program";
-        // When the terminal goes, what was typed on the page is taken into the
-        // files first, then every changed file is kept as a ".check" copy.
-        layer = fs_plat_term ? fs_plat_term([] { xfack(); xfnomem_save(1); }, why) : nullptr;
+        // When the terminal goes, every changed file is kept as a ".check" copy.
+        layer = fs_plat_term ? fs_plat_term([] { xfnomem_save(1); }, why) : nullptr;
         if (!layer) {
             std::fprintf(stderr, "vorta: can't initialize\n%s\n", why.c_str());
             std::exit(1);

@@ -1,0 +1,146 @@
+#!/bin/bash
+# Runs one terminal case: the real editor in a tmux pane of a fixed size,
+# driven by the case's `steps` file, its screen read with capture-pane.
+#
+#   run_term.sh XED CASE_DIR
+#
+# The case folder holds `steps`, and any files to copy into the work folder
+# (`in` becomes the file `f`). Steps, one a line (# starts a comment):
+#
+#   size ROWS COLS        the pane's size for the start (default 24 80)
+#   term NAME             TERM for the start (default tmux-256color)
+#   start ARGS...         starts `xed -np ARGS` in the work folder
+#   keys KEY...           tmux key names (Enter, F3, S-F1, PageDown, C-a, ...)
+#   type TEXT             TEXT typed as it stands
+#   raw HEX...            bytes sent as they are (escape sequences)
+#   click ROW COL         the left button pressed and released on a cell
+#   wheel up|down [MODS]  the wheel; MODS the xterm bits (4 Shift, 16 Ctrl)
+#   see TEXT              waits until the screen shows TEXT
+#   notsee TEXT           waits until the screen no longer shows TEXT
+#   row N TEXT            waits until screen row N (from 1) starts with TEXT
+#   resize ROWS COLS      changes the pane's size
+#   signal NAME           sends the signal to the editor
+#   stopped               waits until the editor has stopped (job control)
+#   resume                brings a stopped editor back to the foreground
+#   ended                 waits until the editor has ended
+#   rc N                  the editor ended with status N
+#   file NAME EXPECTED    the work file NAME equals the case file EXPECTED
+#   exists NAME           the work file NAME exists
+#
+# Every wait gives up after a few seconds. Exit 0 passed, 1 failed, 77 when
+# tmux is missing.
+set -u
+xed=$(realpath "$1")
+case_dir=$2
+command -v tmux >/dev/null || { echo "SKIP: tmux is not installed"; exit 77; }
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/xedterm.XXXXXX")
+sock="xedterm$$"
+t() { tmux -L "$sock" -f /dev/null "$@"; }
+cleanup() { t kill-server >/dev/null 2>&1; }
+trap cleanup EXIT
+
+for f in "$case_dir"/*; do
+  [ "$(basename "$f")" = steps ] && continue
+  cp "$f" "$work/"
+done
+[ -f "$work/in" ] && mv "$work/in" "$work/f"
+
+term=tmux-256color
+infocmp "$term" >/dev/null 2>&1 || term=screen-256color
+rows=24 cols=80
+fail() {
+  echo "FAILED at line $n: $line"
+  echo "$*"
+  echo "--- screen:"
+  t capture-pane -p -t x 2>/dev/null
+  echo "--- work folder kept: $work"
+  trap - EXIT
+  cleanup
+  exit 1
+}
+
+screen() { t capture-pane -p -t x 2>/dev/null; }
+
+# Waits up to five seconds for a shell test to hold.
+until_ok() {
+  for _ in $(seq 100); do
+    # shellcheck disable=SC2294
+    if eval "$1"; then return 0; fi
+    sleep 0.05
+  done
+  return 1
+}
+
+editor_pid() { pgrep -P "$(t display -p -t x '#{pane_pid}' 2>/dev/null)" -f "$xed" | head -1; }
+
+n=0
+while IFS= read -r line || [ -n "$line" ]; do
+  n=$((n + 1))
+  case "$line" in ''|'#'*) continue ;; esac
+  verb=${line%% *}
+  rest=${line#"$verb"}
+  rest=${rest# }
+  case "$verb" in
+    size) read -r rows cols <<<"$rest" ;;
+    term) term=$rest ;;
+    start)
+      # A job-control shell, so that a stopped editor can be brought back:
+      # while .stopped exists the editor is stopped; removing it resumes.
+      cat >"$work/.run" <<EOS
+set -m
+cd '$work'
+env TERM=$term LANG=C.UTF-8 HOME='$work' XDG_CONFIG_HOME='$work/.config' XDG_DATA_HOME='$work/.local' '$xed' -np $rest
+rc=\$?
+while [ \$rc -gt 128 ] && [ -n "\$(jobs -s)" ]; do
+  touch .stopped
+  while [ -e .stopped ]; do sleep 0.05; done
+  fg >/dev/null
+  rc=\$?
+done
+echo \$rc > .rc
+sleep 60
+EOS
+      t new-session -d -s x -x "$cols" -y "$rows" "bash '$work/.run'" || fail "tmux did not start"
+      until_ok '[ -n "$(editor_pid)" ] || [ -f "$work/.rc" ]' || fail "the editor did not start"
+      ;;
+    keys) t send-keys -t x $rest ;;
+    type) t send-keys -t x -l -- "$rest" ;;
+    raw) t send-keys -t x -H $rest ;;
+    click)
+      read -r r c <<<"$rest"
+      t send-keys -t x -l -- $'\e'"[<0;$c;${r}M"$'\e'"[<0;$c;${r}m"
+      ;;
+    wheel)
+      read -r dir mods <<<"$rest"
+      b=64
+      [ "$dir" = down ] && b=65
+      b=$((b + ${mods:-0}))
+      t send-keys -t x -l -- $'\e'"[<$b;1;1M"
+      ;;
+    see) until_ok 'screen | grep -qF -- "$rest"' || fail "not on the screen: $rest" ;;
+    notsee) until_ok '! screen | grep -qF -- "$rest"' || fail "still on the screen: $rest" ;;
+    row)
+      r=${rest%% *}
+      want=${rest#"$r" }
+      until_ok 'screen | sed -n "${r}p" | grep -q "^$(printf %s "$want" | sed "s/[][\\.*^$]/\\\\&/g")"' ||
+        fail "row $r does not start with: $want"
+      ;;
+    resize) read -r rr cc <<<"$rest"; t resize-window -t x -x "$cc" -y "$rr" ;;
+    signal) p=$(editor_pid); [ -n "$p" ] || fail "no editor to signal"; kill -s "$rest" "$p" ;;
+    stopped) until_ok '[ -f "$work/.stopped" ]' || fail "the editor did not stop" ;;
+    resume) rm -f "$work/.stopped" ;;
+    ended) until_ok '[ -f "$work/.rc" ]' || fail "the editor is still running" ;;
+    rc) [ "$(cat "$work/.rc")" = "$rest" ] || fail "status $(cat "$work/.rc"), wanted $rest" ;;
+    file)
+      read -r name expected <<<"$rest"
+      until_ok 'cmp -s "$work/$name" "$case_dir/$expected"' ||
+        fail "$(diff -u "$case_dir/$expected" "$work/$name" 2>&1)"
+      ;;
+    exists) until_ok '[ -e "$work/$rest" ]' || fail "no file $rest in: $(ls -A "$work")" ;;
+    *) fail "unknown step" ;;
+  esac
+done <"$case_dir/steps"
+rm -rf "$work"
+echo PASSED
+exit 0
