@@ -536,7 +536,7 @@ rx_flow rx_run_block(rx_cell* c)
     rx_flow f = exec_clause(cl);
     if (f != FL_NEXT) return f;
     if ((st.lv.trace & TR_INTERACTIVE) && (tr & (TR_A | TR_R | TR_I)) && cl->kind != K_TRACE && !st.in_pause) {
-      f = rx_trace_pause(cl);
+      f = rx_trace_pause();
       if (f != FL_NEXT) return f;
     }
   }

@@ -139,7 +139,7 @@ void rx_command(const std::string& cmd, int env)
     if (stop) throw rx_exit_jump{};
   }
   int tr = st.lv.trace;
-  if (((tr & TR_E) && rc != 0) || ((tr & TR_N) && rc < 0)) rx_trace_command_rc(nullptr, cmd, rc);
+  if (((tr & TR_E) && rc != 0) || ((tr & TR_N) && rc < 0)) rx_trace_command_rc(cmd, rc);
   st.last_cmd = cmd;
   char buf[32];
   int n = std::snprintf(buf, sizeof buf, "%d", rc);

@@ -216,7 +216,7 @@ std::string rx_trace_text();
 void rx_trace_clause(const rx_clause* c);
 // The interactive pause after a traced clause: console lines run as
 // INTERPRET until an empty one; gives what the last of them asked for.
-rx_flow rx_trace_pause(const rx_clause* c);
+rx_flow rx_trace_pause();
 // Trace detail lines: ">>>" results, assignments, and the like.
 void rx_trace_result(const value& v);
 void rx_trace_assign(std::string_view name, const value& v);
@@ -224,5 +224,6 @@ void rx_trace_placeholder(std::string_view v);
 void rx_trace_var(std::string_view name, const value& v);
 void rx_trace_op(const char* name, const value& l, const value* r, const value& res);
 void rx_trace_func(std::string_view name, const value* res);
-void rx_trace_command_rc(const rx_clause* c, std::string_view cmd, int rc);
+// A failing command under TRACE E or N: its line, its text and its RC.
+void rx_trace_command_rc(std::string_view cmd, int rc);
 inline bool rx_tracing(int bits) { return rx_st && (rx_st->lv.trace & bits); }

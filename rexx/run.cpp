@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include "rexx/exec_int.h"
 
@@ -114,6 +115,10 @@ int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
     if (result) result->error = e.num;
   } catch (const rx_signal_jump&) {
     rc = 16;
+  } catch (const std::bad_alloc&) {
+    rx_out_trace(rx_run_report(5, "out of memory"));
+    rc = 5;
+    if (result) result->error = 5;
   }
   std::fflush(stdout);
   for (rx_slot* s : st->touched) s->slot_val = nullptr;

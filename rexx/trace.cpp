@@ -145,7 +145,7 @@ void rx_trace_clause(const rx_clause* c)
   else if ((t & TR_C) && (c->kind == K_COMMAND || c->kind == K_SAYX)) source_line(c->line);
 }
 
-rx_flow rx_trace_pause(const rx_clause* c)
+rx_flow rx_trace_pause()
 {
   rx_run_state& st = *rx_st;
   if (st.pause_skip > 0) {
@@ -164,7 +164,6 @@ rx_flow rx_trace_pause(const rx_clause* c)
     rx_flow f = rx_interpret(line, nullptr);
     if (f != FL_NEXT) return f;
     if (!(st.lv.trace & TR_INTERACTIVE)) return FL_NEXT;
-    (void)c;
   }
 }
 
@@ -197,7 +196,7 @@ void rx_trace_func(std::string_view name, const value* res)
   detail(">F>", std::string(name) + "() --> " + (res ? quoted(*res) : std::string("No Result")));
 }
 
-void rx_trace_command_rc(const rx_clause*, std::string_view cmd, int rc)
+void rx_trace_command_rc(std::string_view cmd, int rc)
 {
   source_line(rx_st->cur_line);
   detail(">>>", "\"" + std::string(cmd) + "\"");
