@@ -59,10 +59,12 @@ constexpr cursekey cursekeys[] = {
 static_assert(sizeof cursekeys / sizeof cursekeys[0] == 30, "thirty curses keys");
 
 // Function keys past F12 in the numbering of xterm's terminal description:
-// twelve keys a shift state, in this order.
+// twelve keys a shift state, in this order. Curses numbers only F0 to F63;
+// the codes after those are other keys.
+constexpr int LASTF = 63;
 constexpr uint16_t fbanks[] = {0, FSM_SHIFT, FSM_CTRL, FSM_CTRL | FSM_SHIFT, FSM_ALT,
                                FSM_ALT | FSM_SHIFT};
-static_assert(sizeof fbanks / sizeof fbanks[0] == 6, "six banks of twelve cover F1 to F72");
+static_assert(sizeof fbanks / sizeof fbanks[0] * 12 > LASTF, "a bank for each of F1 to F63");
 
 // The three-byte forms after ESC O: keys of the application keypad mode.
 struct ss3key {
@@ -114,11 +116,11 @@ void character(std::vector<tk_out> &out, int c, uint16_t mods) {
 }
 
 void cursesunit(std::vector<tk_out> &out, int k, uint16_t mods) {
-  if (k >= TK_XTERM && k < TK_XTERM + tk_nxkeys * 8) {
-    int i = (k - TK_XTERM) / 8, m = (k - TK_XTERM) % 8;
+  if (k >= TK_XTERM && k < TK_XTERM + tk_nxkeys * TK_XSTRIDE) {
+    int i = (k - TK_XTERM) / TK_XSTRIDE, m = (k - TK_XTERM) % TK_XSTRIDE;
     return key(out, tk_xkeys[i].code, uint16_t(mods | xmods(m)));
   }
-  if (k > KEY_F0 && k <= KEY_F(72)) {
+  if (k > KEY_F0 && k <= KEY_F(LASTF)) {
     int n = k - KEY_F0 - 1;
     return key(out, FSK_F0 + 1 + n % 12, uint16_t(mods | fbanks[n / 12]));
   }

@@ -9,8 +9,9 @@
 // TK_KEY added.
 constexpr int TK_KEY = 0x1000000;
 // Key codes given to the xterm sequences of modified keys: TK_XTERM plus
-// key index times 8 plus the xterm modifier parameter (2 to 8).
+// key index times TK_XSTRIDE plus the xterm modifier parameter (2 to 8).
 constexpr int TK_XTERM = 0x6000;
+constexpr int TK_XSTRIDE = 16;  // more than the highest modifier parameter
 
 struct tk_out {
   fs_event ev;  // the event, time not yet set

@@ -503,7 +503,7 @@ fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) {
     for (int m = 2; m <= 8; m++) {
       tk_xseq(i, m, seq, sizeof seq);
       define_key(seq, 0);
-      define_key(seq, TK_XTERM + i * 8 + m);
+      define_key(seq, TK_XTERM + i * TK_XSTRIDE + m);
     }
   std::string r = std::string(MOUSE_OFF) + cap("sgr0") + cap("cnorm") + cap("rmcup");
   restore_len = std::min(r.size(), sizeof restore);
