@@ -92,6 +92,9 @@ pattern read_pattern(const rx_tok*& t)
       rx_at(t ? t : at);
       rx_raise(38);
     }
+  } else if (t->tok_type != '(') {
+    rx_at(t);
+    rx_raise(38);
   }
   if (t->tok_type == '(') {
     const rx_tok* name = t->tok_next;

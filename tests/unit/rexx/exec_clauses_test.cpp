@@ -181,6 +181,27 @@ TEST(ExecClauses, ErrorReports)
   EXPECT_EQ(o.rc, 24);
 }
 
+TEST(ExecClauses, TemplateErrors)
+{
+  struct bad {
+    const char* text;  // the program
+    int rc;            // the error it must end with
+  };
+  static const bad cases[] = {
+    {"parse value 'abc' with a + b", 38},
+    {"parse value 'abc' with a - 'x' b", 38},
+    {"parse value 'abc' with a 1.5 b", 38},
+    {"parse value 'abc' with a ( b", 46},
+    {"parse value 'abc' with a (b c", 46},
+    {"n = -1; parse value 'abc' with a +(n) b", 26},
+    {"n = 1.5; parse value 'abc' with a =(n) b", 26},
+    {"parse value 'abc' with a, b", 38},
+  };
+  for (const bad& c : cases) EXPECT_EQ(run(c.text).rc, c.rc) << c.text;
+  // The same patterns written well.
+  EXPECT_EQ(run("n = 2; parse value 'abcd' with a +(n) b =(n) c; say a b c").out, "ab cd bcd\n");
+}
+
 TEST(ExecClauses, TraceLines)
 {
   outcome o = run("trace i\nx = 'a' || 1\n");
