@@ -188,6 +188,7 @@ void rx_trace_var(std::string_view name, const value& v)
 void rx_trace_op(const char* name, const value& l, const value* r, const value& res)
 {
   if (r) detail(">O>", quoted(l) + " " + name + " " + quoted(*r) + " --> " + quoted(res));
+  else if (std::string_view(name) == rx_fx_name(FX_BACKQ)) detail(">U>", quoted(l) + " --> " + quoted(res));
   else detail(">P>", std::string(name) + " " + quoted(l) + " --> " + quoted(res));
 }
 
