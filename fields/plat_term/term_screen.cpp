@@ -140,7 +140,7 @@ class termplat : public fs_plat {
     perpair_ = colours_ && COLOR_PAIRS > 66;
     for (int i = 0; i < 65; i++) map(i);
     const char *b = getenv("XED_TERM_BYTES");
-    if (b && *b) bytesto_ = fopen(b, "w");
+    if (b && *b) bytesto_ = fopen(b, "a");
   }
   ~termplat() override { leave(); }
 

@@ -20,6 +20,7 @@
 #   row N TEXT            waits until screen row N (from 1) starts with TEXT
 #   resize ROWS COLS      changes the pane's size
 #   signal NAME           sends the signal to the editor
+#   close                 the pane goes away, as a terminal window closed
 #   stopped               waits until the editor has stopped (job control)
 #   resume                brings a stopped editor back to the foreground
 #   ended                 waits until the editor has ended
@@ -128,6 +129,7 @@ EOS
       ;;
     resize) read -r rr cc <<<"$rest"; t resize-window -t x -x "$cc" -y "$rr" ;;
     signal) p=$(editor_pid); [ -n "$p" ] || fail "no editor to signal"; kill -s "$rest" "$p" ;;
+    close) t kill-server ;;
     stopped) until_ok '[ -f "$work/.stopped" ]' || fail "the editor did not stop" ;;
     resume) rm -f "$work/.stopped" ;;
     ended) until_ok '[ -f "$work/.rc" ]' || fail "the editor is still running" ;;
