@@ -38,3 +38,9 @@ constexpr int TK_CELL_H = 16; // pretended cell height
 // caller waits for the rest of a sequence before it calls. Mouse press state
 // is kept between calls in *held (the button of an X10 release).
 void tk_decode(const std::vector<int> &units, std::vector<tk_out> &out, int *held);
+
+// The terminal colour nearest to a palette entry: of the six-level cube (16
+// to 231) and the grey ramp (232 to 255) of 256-colour terminals, or of the
+// eight basic colours.
+int tk_nearest256(int red, int green, int blue);
+int tk_nearest8(int red, int green, int blue);

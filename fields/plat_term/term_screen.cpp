@@ -9,6 +9,7 @@
 #include "fields/plat_term/plat_term.h"
 #include "fields/plat_term/term_int.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <clocale>
@@ -97,36 +98,6 @@ void catchsig(int sig) {
   sigaction(sig, &sa, nullptr);
 }
 
-int nearest8(int r, int g, int b) {
-  int best = 0;
-  long bestd = LONG_MAX;
-  for (int i = 0; i < 8; i++) {
-    long dr = r - basic[i][0], dg = g - basic[i][1], db = b - basic[i][2];
-    long d = dr * dr + dg * dg + db * db;
-    if (d < bestd) bestd = d, best = i;
-  }
-  return best;
-}
-
-int step6(int v) {
-  int best = 0;
-  for (int i = 1; i < 6; i++)
-    if (abs(v - cube[i]) < abs(v - cube[best])) best = i;
-  return best;
-}
-
-// The nearest of the cube (16 to 231) and the grey ramp (232 to 255).
-int nearest256(int r, int g, int b) {
-  int ri = step6(r), gi = step6(g), bi = step6(b);
-  long dr = r - cube[ri], dg = g - cube[gi], db = b - cube[bi];
-  long dcube = dr * dr + dg * dg + db * db;
-  int avg = (r + g + b) / 3;
-  int gi2 = avg < 8 ? 0 : avg > 238 ? 23 : (avg - 8) / 10;
-  int gv = 8 + gi2 * 10;
-  long dgrey = long(r - gv) * (r - gv) + long(g - gv) * (g - gv) + long(b - gv) * (b - gv);
-  return dgrey < dcube ? 232 + gi2 : 16 + 36 * ri + 6 * gi + bi;
-}
-
 wchar_t glyph(uint16_t c) {
   if (c < 32 || (c >= 127 && c < 160) || c > 255) return L'?';
   return wchar_t(c);
@@ -163,7 +134,6 @@ class termplat : public fs_plat {
   void cursor(int line, int col, int) override {
     curline_ = line;
     curcol_ = col;
-    moved_ = true;
   }
   // A terminal cell has no room for a mark beside its character.
   void tick(int, int, int) override {}
@@ -231,7 +201,6 @@ class termplat : public fs_plat {
   std::string status_;            // the status line as last given
   std::string title_;             // the window title
   bool titlewanted_ = false;      // the title changed since it was last sent
-  bool moved_ = false;            // the cursor moved since the last refresh
   int held_ = -1;                 // mouse button down, for the old encoding
   int empties_ = 0;               // readable input that gave nothing, in a row
   FILE *bytesto_ = nullptr;       // where the bytes of each refresh are counted
@@ -248,8 +217,8 @@ class termplat : public fs_plat {
 
 void termplat::map(int i) {
   if (!colours_) return;
-  int c = COLORS >= 256 ? nearest256(rgb_[i][0], rgb_[i][1], rgb_[i][2])
-                        : nearest8(rgb_[i][0], rgb_[i][1], rgb_[i][2]);
+  int c = COLORS >= 256 ? tk_nearest256(rgb_[i][0], rgb_[i][1], rgb_[i][2])
+                        : tk_nearest8(rgb_[i][0], rgb_[i][1], rgb_[i][2]);
   phys_[i] = short(c);
   short bg = phys_[0];
   if (perpair_) {
@@ -291,7 +260,6 @@ long long written() {
 
 void termplat::flush() {
   if (down_) return;
-  moved_ = false;
   long long before = bytesto_ ? written() : 0;
   int l = curline_ >= 1 && curline_ < LINES ? curline_ - 1 : 0;
   int c = curcol_ >= 1 && curcol_ <= COLS ? curcol_ - 1 : 0;
@@ -302,7 +270,7 @@ void termplat::flush() {
     std::string osc = "\033]2;" + title_ + "\007";
     (void)!write(outfd, osc.data(), osc.size());
   }
-  if (bytesto_) {
+  if (bytesto_ && written() > before) {
     fprintf(bytesto_, "%lld\n", written() - before);
     fflush(bytesto_);
   }
@@ -412,10 +380,12 @@ bool termplat::readinput() {
 int termplat::wait(int ms) {
   if (gone_) return FS_WAIT_GONE;
   if (fs_evpending()) return FS_WAIT_EVENT;
-  // A click that only placed the cursor ends in no refresh of the read: the
-  // screen would show the old place (and the old status line) until the next
-  // key. A window draws its cursor at once; here the refresh does.
-  if (moved_) asrefresh();
+  // The read refreshes the screen only when it returns: an event it takes
+  // in itself (a click that places the cursor, a typed or deleted
+  // character) changes the page with nothing drawn. A window would paint
+  // those changes at its next paint message; the terminal's paint is this
+  // refresh before sleeping. With nothing changed it sends nothing.
+  if (!down_) asrefresh();
   long long end = ms >= 0 ? now_ms() + ms : -1;
   for (;;) {
     int r = signals();
@@ -454,6 +424,38 @@ std::string cap(const char *name) {
 }
 
 }  // namespace
+
+int tk_nearest8(int r, int g, int b) {
+  // Greys have no hue to keep: by distance alone a mid grey would go to
+  // yellow, so they go to black or white by their lightness.
+  if (std::max({r, g, b}) - std::min({r, g, b}) < 40) return r + g + b < 3 * 96 ? 0 : 7;
+  int best = 0;
+  long bestd = LONG_MAX;
+  for (int i = 0; i < 8; i++) {
+    long dr = r - basic[i][0], dg = g - basic[i][1], db = b - basic[i][2];
+    long d = dr * dr + dg * dg + db * db;
+    if (d < bestd) bestd = d, best = i;
+  }
+  return best;
+}
+
+static int step6(int v) {
+  int best = 0;
+  for (int i = 1; i < 6; i++)
+    if (abs(v - cube[i]) < abs(v - cube[best])) best = i;
+  return best;
+}
+
+int tk_nearest256(int r, int g, int b) {
+  int ri = step6(r), gi = step6(g), bi = step6(b);
+  long dr = r - cube[ri], dg = g - cube[gi], db = b - cube[bi];
+  long dcube = dr * dr + dg * dg + db * db;
+  int avg = (r + g + b) / 3;
+  int gi2 = avg < 8 ? 0 : avg > 238 ? 23 : (avg - 8) / 10;
+  int gv = 8 + gi2 * 10;
+  long dgrey = long(r - gv) * (r - gv) + long(g - gv) * (g - gv) + long(b - gv) * (b - gv);
+  return dgrey < dcube ? 232 + gi2 : 16 + 36 * ri + 6 * gi + bi;
+}
 
 fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) {
   if (layer) return layer;

@@ -18,6 +18,8 @@
 #   see TEXT              waits until the screen shows TEXT
 #   notsee TEXT           waits until the screen no longer shows TEXT
 #   row N TEXT            waits until screen row N (from 1) starts with TEXT
+#   attr N TEXT           waits until screen row N, escape sequences included
+#                         (ESC written as \e), holds TEXT
 #   resize ROWS COLS      changes the pane's size
 #   signal NAME           sends the signal to the editor
 #   close                 the pane goes away, as a terminal window closed
@@ -126,6 +128,12 @@ EOS
       want=${rest#"$r" }
       until_ok 'screen | sed -n "${r}p" | grep -q "^$(printf %s "$want" | sed "s/[][\\.*^$]/\\\\&/g")"' ||
         fail "row $r does not start with: $want"
+      ;;
+    attr)
+      r=${rest%% *}
+      want=$(printf '%b' "${rest#"$r" }")
+      until_ok 't capture-pane -e -p -t x | sed -n "${r}p" | grep -qF -- "$want"' ||
+        fail "row $r has not: ${rest#"$r" } in $(t capture-pane -e -p -t x | sed -n "${r}p" | cat -v)"
       ;;
     resize) read -r rr cc <<<"$rest"; t resize-window -t x -x "$cc" -y "$rr" ;;
     signal) p=$(editor_pid); [ -n "$p" ] || fail "no editor to signal"; kill -s "$rest" "$p" ;;

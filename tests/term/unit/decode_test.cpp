@@ -225,3 +225,28 @@ TEST(TermDecode, FocusReportsHaveNoRelease) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(TermColours, PaletteEntriesGoToTheNearestTerminalColour) {
+  const struct {
+    int r, g, b;  // palette entry
+    int c256;     // nearest of the 256
+    int c8;       // nearest of the eight
+  } rows[] = {
+      {0, 0, 0, 16, 0},           // black: the cube's corner, not a system colour
+      {255, 255, 255, 231, 7},    // white
+      {255, 0, 0, 196, 1},        // red
+      {0, 0, 255, 21, 4},         // blue
+      {128, 128, 128, 244, 7},    // mid grey: the ramp beats the cube; white, not yellow
+      {60, 60, 60, 237, 0},       // dark grey: black of the eight
+      {95, 135, 175, 67, 6},      // exactly a cube colour; of the eight, cyan
+      {200, 200, 0, 184, 3},      // dark yellow
+  };
+  for (const auto &r : rows) {
+    EXPECT_EQ(tk_nearest256(r.r, r.g, r.b), r.c256) << r.r << "," << r.g << "," << r.b;
+    EXPECT_EQ(tk_nearest8(r.r, r.g, r.b), r.c8) << r.r << "," << r.g << "," << r.b;
+  }
+}
+
+}  // namespace
