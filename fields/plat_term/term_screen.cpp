@@ -103,6 +103,12 @@ wchar_t glyph(uint16_t c) {
   return wchar_t(c);
 }
 
+// The string a capability holds, or "" where the terminal has none.
+std::string cap(const char *name) {
+  char *s = tigetstr(name);
+  return s && s != (char *)-1 ? s : "";
+}
+
 class termplat : public fs_plat {
  public:
   explicit termplat(fs_term_gonehook hook) : hook_(hook) {
@@ -110,6 +116,11 @@ class termplat : public fs_plat {
     colours_ = has_colors() && start_color() == OK && COLORS >= 8;
     perpair_ = colours_ && COLOR_PAIRS > 66;
     for (int i = 0; i < 65; i++) map(i);
+    // The title goes where the terminal says, or as xterm takes it.
+    tsl_ = cap("tsl");
+    fsl_ = cap("fsl");
+    if (tsl_.empty() && tigetflag("XT") > 0) tsl_ = "\033]2;", fsl_ = "\007";
+    if (fsl_.empty()) tsl_.clear();
     const char *b = getenv("XED_TERM_BYTES");
     if (b && *b) bytesto_ = fopen(b, "a");
   }
@@ -201,6 +212,7 @@ class termplat : public fs_plat {
   std::string status_;            // the status line as last given
   std::string title_;             // the window title
   bool titlewanted_ = false;      // the title changed since it was last sent
+  std::string tsl_, fsl_;         // what goes before and after a title; none: no title
   int held_ = -1;                 // mouse button down, for the old encoding
   int empties_ = 0;               // readable input that gave nothing, in a row
   FILE *bytesto_ = nullptr;       // where the bytes of each refresh are counted
@@ -267,8 +279,10 @@ void termplat::flush() {
   wrefresh(stdscr);
   if (titlewanted_) {
     titlewanted_ = false;
-    std::string osc = "\033]2;" + title_ + "\007";
-    (void)!write(outfd, osc.data(), osc.size());
+    if (!tsl_.empty()) {
+      std::string t = tsl_ + title_ + fsl_;
+      (void)!write(outfd, t.data(), t.size());
+    }
   }
   if (bytesto_ && written() > before) {
     fprintf(bytesto_, "%lld\n", written() - before);
@@ -415,12 +429,6 @@ termplat *layer = nullptr;  // the one terminal layer of the process
 
 void atexit_restore() {
   if (layer) layer->leave();
-}
-
-// The string a capability holds, or "" where the terminal has none.
-std::string cap(const char *name) {
-  char *s = tigetstr(name);
-  return s && s != (char *)-1 ? s : "";
 }
 
 }  // namespace

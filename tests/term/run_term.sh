@@ -20,6 +20,7 @@
 #   row N TEXT            waits until screen row N (from 1) starts with TEXT
 #   attr N TEXT           waits until screen row N, escape sequences included
 #                         (ESC written as \e), holds TEXT
+#   title TEXT            waits until the pane's title holds TEXT
 #   resize ROWS COLS      changes the pane's size
 #   signal NAME           sends the signal to the editor
 #   close                 the pane goes away, as a terminal window closed
@@ -134,6 +135,10 @@ EOS
       want=$(printf '%b' "${rest#"$r" }")
       until_ok 't capture-pane -e -p -t x | sed -n "${r}p" | grep -qF -- "$want"' ||
         fail "row $r has not: ${rest#"$r" } in $(t capture-pane -e -p -t x | sed -n "${r}p" | cat -v)"
+      ;;
+    title)
+      until_ok 't display -p -t x "#{pane_title}" | grep -qF -- "$rest"' ||
+        fail "title: $(t display -p -t x '#{pane_title}')"
       ;;
     resize) read -r rr cc <<<"$rest"; t resize-window -t x -x "$cc" -y "$rr" ;;
     signal) p=$(editor_pid); [ -n "$p" ] || fail "no editor to signal"; kill -s "$rest" "$p" ;;
