@@ -52,7 +52,7 @@ int wakefd[2] = {-1, -1};             // the handlers write a byte here
 // Kept for the crash path, where only write(2) and tcsetattr may be used.
 struct termios shell_tio;             // the terminal modes before we started
 bool have_tio = false;                // shell_tio holds them
-bool in_curses = false;               // the screen is ours now
+volatile sig_atomic_t in_curses = 0;  // the screen is ours now
 int outfd = 1;                        // where the screen goes
 char restore[256];                    // what gives the terminal back
 size_t restore_len = 0;               // bytes of restore
@@ -78,7 +78,7 @@ void on_fatal(int sig, siginfo_t *info, void *ctx) {
   if (in_curses) {
     (void)!write(outfd, restore, restore_len);
     if (have_tio) tcsetattr(0, TCSANOW, &shell_tio);
-    in_curses = false;
+    in_curses = 0;
   }
   for (int i = 0; i < NFATAL; i++) {
     if (FATAL[i] != sig) continue;
@@ -98,8 +98,17 @@ void catchsig(int sig) {
   sigaction(sig, &sa, nullptr);
 }
 
+// Attributes of the hilite values 0 to 4 (1 never reaches a layer).
+constexpr attr_t hilites[] = {A_NORMAL, A_NORMAL, A_REVERSE, A_REVERSE | A_UNDERLINE,
+                              A_UNDERLINE};
+static_assert(sizeof hilites / sizeof hilites[0] == 5, "hilites 0 to 4");
+
+bool wide = false;  // the locale can show characters past ASCII
+
+// A cell's byte as a character of the screen: the file's bytes are taken as
+// Latin-1; controls, and what the locale cannot show, become '?'.
 wchar_t glyph(uint16_t c) {
-  if (c < 32 || (c >= 127 && c < 160) || c > 255) return L'?';
+  if (c < 32 || (c >= 127 && c < 160) || c > 255 || (c > 127 && !wide)) return L'?';
   return wchar_t(c);
 }
 
@@ -129,8 +138,7 @@ class termplat : public fs_plat {
   void run(int line, int col, const uint16_t *text, int count, int hilite, int colour,
            int intensity) override {
     if (down_ || line < 1 || line >= LINES || col < 1 || count < 1) return;
-    attr_t a = hilite == 2 ? A_REVERSE : hilite == 3 ? A_REVERSE | A_UNDERLINE
-               : hilite == 4 ? A_UNDERLINE : A_NORMAL;
+    attr_t a = hilite >= 0 && hilite <= 4 ? hilites[hilite] : A_NORMAL;
     if (intensity == 2) a |= A_BOLD;
     bool blank = intensity == 0 || colour == 0;
     short pair = pairof(colour);
@@ -298,7 +306,7 @@ void termplat::leave() {
   down_ = true;
   (void)!write(outfd, MOUSE_OFF, sizeof MOUSE_OFF - 1);
   endwin();
-  in_curses = false;
+  in_curses = 0;
 }
 
 int termplat::hangup() {
@@ -314,7 +322,7 @@ int termplat::hangup() {
 void termplat::repaint() {
   if (down_) return;
   (void)!write(outfd, MOUSE_ON, sizeof MOUSE_ON - 1);
-  in_curses = true;
+  in_curses = 1;
   clearok(curscr, TRUE);
   wrefresh(stdscr);
 }
@@ -324,7 +332,7 @@ void termplat::suspend() {
   if (down_) return;
   (void)!write(outfd, MOUSE_OFF, sizeof MOUSE_OFF - 1);
   endwin();
-  in_curses = false;
+  in_curses = 0;
   signal(SIGTSTP, SIG_DFL);
   sigset_t s;
   sigemptyset(&s);
@@ -487,6 +495,7 @@ fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) {
   }
   outfd = fileno(out);
   setlocale(LC_CTYPE, "");
+  wide = MB_CUR_MAX > 1;
   have_tio = tcgetattr(0, &shell_tio) == 0;
   // Our handlers first: curses then leaves SIGWINCH and SIGTSTP to us.
   if (wakefd[0] < 0 && pipe2(wakefd, O_NONBLOCK | O_CLOEXEC) != 0) {
@@ -524,7 +533,7 @@ fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) {
   sigemptyset(&sa.sa_mask);
   for (int i = 0; i < NFATAL; i++) sigaction(FATAL[i], &sa, &oldfatal[i]);
   (void)!write(outfd, MOUSE_ON, sizeof MOUSE_ON - 1);
-  in_curses = true;
+  in_curses = 1;
   layer = new termplat(onhangup);
   atexit(atexit_restore);
   return layer;
