@@ -66,9 +66,9 @@ fail() {
 
 screen() { t capture-pane -p -t x 2>/dev/null; }
 
-# Waits up to five seconds for a shell test to hold.
+# Waits up to ten seconds for a shell test to hold.
 until_ok() {
-  for _ in $(seq 100); do
+  for _ in $(seq 200); do
     # shellcheck disable=SC2294
     if eval "$1"; then return 0; fi
     sleep 0.05
