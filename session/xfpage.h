@@ -38,6 +38,7 @@ int xfscreen_apply(const xfscreendef &d, bool check_only);
 
 // The read cycle.
 bool xfnext_queued(std::string &out); // the oldest queued, else stacked, command
+void xfack_commit();  // what was typed on the page goes into the files now
 void xfread(int toplevel);
 void xfx();
 extern int aid;        // why the last read ended (asread's code)

@@ -271,6 +271,8 @@ void xfautoi()
 
 } // namespace
 
+void xfack_commit() { xfack(); }
+
 bool xfnext_queued(std::string &out)
 {
     std::vector<std::string> &from = !cmd_queue.empty() ? cmd_queue : macro_stack_cmds;

@@ -403,7 +403,12 @@ int xfmain(int argc, char **argv)
     if (!batch && o.keys.empty() && (term || isatty(0))) {
         std::string why = "no terminal layer in this program";
         // When the terminal goes, every changed file is kept as a ".check" copy.
-        layer = fs_plat_term ? fs_plat_term([] { xfnomem_save(1); }, why) : nullptr;
+        layer = fs_plat_term ? fs_plat_term(
+                    [] {
+                        xfack_commit(); // typed text is part of what is saved
+                        xfnomem_save(1);
+                    },
+                    why) : nullptr;
         if (!layer) {
             std::fprintf(stderr, "vorta: can't initialize\n%s\n", why.c_str());
             std::exit(1);
