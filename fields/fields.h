@@ -224,6 +224,7 @@ extern int as_bskey;        // code of the backspace key
 extern int as_nbkeys[3];    // keys in the L, F and R banks
 extern int as_shiftright;   // 1: Shift+right arrow deletes under the cursor
 extern int as_retreport;    // 1: the next-line key (RETURN) ends the read with code 34
+extern int as_evmods;       // modifiers of the last event read: 1 Shift, 2 Ctrl, 4 Alt
 extern unsigned char as_altdef[256];  // 1: Alt with this character has a definition
 
 // A menu that a mouse press may open; the hook answers 1 when it consumed the

@@ -12,6 +12,7 @@ int as_bskey = 8;
 int as_nbkeys[3] = {10, 12, 15};
 int as_shiftright = 0;
 int as_retreport = 0;
+int as_evmods = 0;
 unsigned char as_altdef[256];
 
 namespace {
@@ -297,6 +298,7 @@ int binding(const fs_event &e) {
 // Dispatch of one event; a read code, or -1 to go on reading.
 int dispatch(const fs_event &e, int ch, int *value) {
   int code = e.code;
+  as_evmods = (shiftd(e) ? 1 : 0) | (ctrld(e) ? 2 : 0) | (altd(e) ? 4 : 0);
   bool rel = released(e);
   *value = 0;
   switch (code) {

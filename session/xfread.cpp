@@ -225,12 +225,12 @@ bool type_past_end(int ch)
     return true;
 }
 
-void scroll(int32_t n)
+void scroll(int64_t n)
 {
     if (!xf)
         return;
-    int32_t to = std::clamp<int32_t>(curline() + n, topline, std::max(topline, nbli() - 1));
-    curline() = to;
+    int64_t to = std::clamp<int64_t>(curline() + n, topline, std::max(topline, nbli() - 1));
+    curline() = (int32_t)to;
 }
 
 // After a plain ENTER: a new line, or the cursor to the command line.
@@ -321,12 +321,19 @@ void xfread(int toplevel)
             scroll(code == 47 ? -std::max(1, modes.cursor) : std::max(1, modes.cursor));
             xfdisplay();
             continue;
-        case FSK_WHEELUP: case FSK_WHEELDOWN:
+        case FSK_WHEELUP: case FSK_WHEELDOWN: {
             read_cursor();
             xfack();
-            scroll((code == FSK_WHEELUP ? -1 : 1) * wheel_lines[0]);
+            // Plain: a few lines; Shift: more; Ctrl: to the end; both: a page.
+            int dir = code == FSK_WHEELUP ? -1 : 1, mods = as_evmods & 3;
+            int64_t n = mods == 1 ? wheel_lines[1]
+                      : mods == 2 ? 2147483647LL
+                      : mods == 3 ? std::max<int64_t>(1, (int64_t)xv->rows.size() - 1)
+                                  : wheel_lines[0];
+            scroll(dir * n);
             xfdisplay();
             continue;
+        }
         case 11: case 18: case 19: case 21:
             read_cursor();
             xfack();
@@ -383,13 +390,14 @@ void xfcom()
         }
     }
     const xfkeydef *def = xfkey_for(aid, aid_value);
+    int enter_state = xfkey_state(as_evmods & 1, (as_evmods >> 1) & 1, (as_evmods >> 2) & 1);
     if (asr && !def)
-        def = xfkey_enter(0);
+        def = xfkey_enter(enter_state);
     bool cmdran = false, defran = false;
     redisplay_done = 0;
     if (def)
         xfkey_run(cmd, def->def, 1, def->order, cmdran, defran, keep);
-    if (!cmdran && !defran && asr && cmd.empty())
+    if (!cmdran && !defran && asr && cmd.empty() && enter_state == 0)
         xfautoi();
     if ((cmdran || defran) && !keep && !redisplay_done && xv) {
         xv->cmdline.clear();
