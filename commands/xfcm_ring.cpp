@@ -8,6 +8,7 @@
 #include "fields/fields.h"
 
 #include <cstdio>
+#include <unistd.h>
 
 namespace {
 
@@ -140,10 +141,9 @@ int xfcm_xedit(const xfcmd &c)
 {
     xftrace("Commande xfcm_xedit");
     std::string_view op = xftrim(c.ops());
-    if (op.size() >= 2 && op.front() == '"' && op.back() == '"')
-        op = op.substr(1, op.size() - 2);
     if (op.empty())
         return 1;
-    xfedit(std::string(op));
+    char buf[4096];
+    xfopen_words(op, getcwd(buf, sizeof buf) ? std::string(buf) : startdir);
     return 1;
 }

@@ -17,8 +17,11 @@ void xfnomem(size_t size, int reason)
         const char m[] = "Maximum number of lines exceeded.\n";
         (void)!write(2, m, sizeof m - 1);
     } else {
-        char m[96];
-        int n = std::snprintf(m, sizeof m, "vorta: out of memory (%zu bytes)\n", size);
+        char m[160];
+        int n = std::snprintf(m, sizeof m,
+                              "VORTA: ********      No more memory available      ******** \n"
+                              "VORTA:               ( size = %zu )\n",
+                              size);
         (void)!write(2, m, (size_t)n);
     }
     if (!inside && xfnomem_hook) {

@@ -370,6 +370,8 @@ namespace {
 // Takes the one command of this turn and runs it.
 void xfcom()
 {
+    for (xfile *f : files)
+        f->group_open = 1; // the command is an undo group of its own
     std::string text;
     if (xfnext_queued(text)) {
         cmd_source = 2;
@@ -412,8 +414,7 @@ void xfcom()
 void xfx()
 {
     for (;;) {
-        for (size_t i = 0; i < files.size(); i++)
-            chg_snapshot[i] = files[i]->chgcount;
+        xfcycle_begin();
         if (cmd_queue.empty() && macro_stack_cmds.empty()) {
             if (resized) {
                 fsresize();
@@ -424,6 +425,7 @@ void xfx()
             xfread(1);
         }
         xfcom();
+        xfcycle_end();
         if (timeload)
             xftimeload("VORTA trace: xfx");
     }

@@ -472,8 +472,11 @@ int xfmain(int argc, char **argv)
 
     std::string cmd;
     cmd_source = 2;
-    while (xfnext_queued(cmd))
+    while (xfnext_queued(cmd)) {
+        xfcycle_begin(); // each command is one undo group and one AUTOSAVE step
         xfcmdline(cmd);
+        xfcycle_end();
+    }
 
     if (batch)
         save_batch_messages();
