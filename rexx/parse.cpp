@@ -308,8 +308,8 @@ rx_clause* clauses::if_clause()
   return c;
 }
 
-// do: DO [spec] [cond] ; list END [SYMBOL]
-// spec: expr | FOREVER | SYMBOL = expr {TO expr | BY expr | FOR expr}
+// do: DO [repetitor] [cond] ; list END [SYMBOL]
+// repetitor: expr | FOREVER | SYMBOL = expr {TO expr | BY expr | FOR expr}
 //     | SYMBOL IN expr
 // cond: WHILE expr | UNTIL expr
 rx_clause* clauses::do_clause()
