@@ -1,6 +1,7 @@
 // Loading: record endings, blank stripping, binary detection, the refusals,
 // files found again, read-only detection, reload and the last-files list.
 #include <gtest/gtest.h>
+#include "tempdir.h"
 
 #include "commands/commands.h"
 #include "session/xed.h"
@@ -28,22 +29,13 @@ void spit(const std::string &p, const std::string &data)
 
 std::string line(int i) { return std::string(xf->lines[i].text, (size_t)xf->lines[i].len); }
 
-class Load : public ::testing::Test {
+class Load : public TempDirTest {
 protected:
-    std::string dir;
-
     void SetUp() override
     {
-        static bool once = false;
-        if (!once) {
-            cmd_init();
-            once = true;
-        }
-        char t[] = "/tmp/xed-load.XXXXXX";
-        dir = mkdtemp(t);
-        setenv("HOME", dir.c_str(), 1);
-        ASSERT_EQ(chdir(dir.c_str()), 0);
-        xfsession_reset();
+        TempDirTest::SetUp();
+        if (HasFatalFailure())
+            return;
         autobin = 1;
         autobin_allowed = std::string("\x09\x0a\x0c\x0d\x1a", 5);
         load_limit = 0;
@@ -58,12 +50,6 @@ protected:
         noreload_once = 0;
         xfisoconv_set(0);
         cdpath.assign(1, dir + "/");
-    }
-    void TearDown() override
-    {
-        xfsession_reset();
-        (void)!chdir("/");
-        (void)!std::system(("rm -rf '" + dir + "'").c_str());
     }
     // Loads `data` as `name`; the file is then current.
     void load(const std::string &data, const std::string &name = "f.txt")

@@ -1,6 +1,7 @@
 // Saving: backups by rename or copy, links, permissions, other names, record
 // endings, failed writes, autosave, and the recovery saves.
 #include <gtest/gtest.h>
+#include "tempdir.h"
 
 #include "commands/commands.h"
 #include "session/xed.h"
@@ -34,22 +35,13 @@ void spit(const std::string &p, const std::string &data)
 
 bool there(const std::string &p) { return access(p.c_str(), F_OK) == 0; }
 
-class Save : public ::testing::Test {
+class Save : public TempDirTest {
 protected:
-    std::string dir;
-
     void SetUp() override
     {
-        static bool once = false;
-        if (!once) {
-            cmd_init();
-            once = true;
-        }
-        char t[] = "/tmp/xed-save.XXXXXX";
-        dir = mkdtemp(t);
-        setenv("HOME", dir.c_str(), 1);
-        ASSERT_EQ(chdir(dir.c_str()), 0);
-        xfsession_reset();
+        TempDirTest::SetUp();
+        if (HasFatalFailure())
+            return;
         backup_on = 1;
         bak_suffix = reload_suffix = "%";
         preservlinks = saveclearundo = 0;
@@ -60,12 +52,6 @@ protected:
         keepblanks_global = bin_global = -1;
         eol_default = 1;
         topline = -1;
-    }
-    void TearDown() override
-    {
-        xfsession_reset();
-        (void)!chdir("/");
-        (void)!std::system(("rm -rf '" + dir + "'").c_str());
     }
     std::string path(const std::string &n) { return dir + "/" + n; }
     void load(const std::string &data, const std::string &name = "f.txt")
