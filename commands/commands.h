@@ -115,6 +115,11 @@ void xfmsgs(std::string_view text, int level);
 const char *xfmsg_text(int number);          // "" for an empty slot
 extern std::string last_message;             // copy of the last message shown
 
+// A question put to the user who typed the command: the message line says
+// "..... <key> <what>" and the answer is yes when the same key comes again.
+// False at once when the command did not come from a key on a page.
+bool xfconfirm_key(const std::string &what);
+
 // ---------------------------------------------------------------------------
 // Macros and command files.
 struct xfmacro {

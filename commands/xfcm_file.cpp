@@ -203,7 +203,7 @@ int xfcm_get(const xfcmd &c)
         name = std::string(h ? h : "") + name.substr(1);
     }
     std::string path = xfcanon(name[0] == '/' ? name : current_dir() + "/" + name);
-    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (fd < 0) {
         xfmsg(22, 1);
         cmd_rc = 1;

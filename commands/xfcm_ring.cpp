@@ -32,16 +32,6 @@ std::string key_name(int code, int value)
     return buf;
 }
 
-// From a key, a changed file is left only when the same key comes again.
-bool confirmed_by_key()
-{
-    int code = aid, value = aid_value;
-    xfmsgs("..... " + key_name(code, value) + " to confirm quit", 2);
-    xfdisplay();
-    xfread(0);
-    return aid == code && aid_value == value;
-}
-
 int quit(const xfcmd &c, unsigned how)
 {
     std::string_view op = xftrim(c.ops());
@@ -58,7 +48,8 @@ int quit(const xfcmd &c, unsigned how)
         return 1;
     }
     if ((how & QUIT_ASK) && xf->chgcount != 0 && !batch && cmd_source == 1 && fs_layer()) {
-        if (!confirmed_by_key())
+        // From a key, a changed file is left only when the same key comes again.
+        if (!xfconfirm_key("to confirm quit"))
             return 1;
         how |= QUIT_ANYWAY;
     }
@@ -100,6 +91,17 @@ void bind_other(int k)
 }
 
 } // namespace
+
+bool xfconfirm_key(const std::string &what)
+{
+    if (batch || cmd_source != 1 || !fs_layer())
+        return false;
+    int code = aid, value = aid_value;
+    xfmsgs("..... " + key_name(code, value) + " " + what, 2);
+    xfdisplay();
+    xfread(0);
+    return aid == code && aid_value == value;
+}
 
 int xfcm_quit(const xfcmd &c)
 {

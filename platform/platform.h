@@ -6,3 +6,38 @@
 
 // Directory of the running program, ending in '/', or "" when unknown.
 std::string pl_exedir();
+
+// ---- files the program creates beside the user's ------------------------------
+
+#include <sys/types.h>
+
+// Creates `path` as a new file for writing, never through a symbolic link and
+// never over an existing name, with `mode` (the umask applies). Returns the
+// descriptor, or minus the errno value.
+int pl_create_new(const std::string &path, mode_t mode);
+
+// A new file in the directory of `beside`, with a name no one else has:
+// `tmpname` receives it. Returns the descriptor, or minus the errno value.
+int pl_create_temp(const std::string &beside, mode_t mode, std::string &tmpname);
+
+// All of `n` bytes to `fd`, through short writes and interruptions: 0, or the
+// errno value of the write that failed (EIO when one wrote nothing).
+int pl_write_all(int fd, const void *data, size_t n);
+
+// The per-user state folder of the program, `$XDG_STATE_HOME/vorta/` or
+// `~/.local/state/vorta/`, with a sub-folder when `sub` is not empty, made
+// with mode 0700 where missing. "" when it cannot be had, or is not a folder
+// of ours that only we can enter.
+std::string pl_state_dir(const std::string &sub);
+
+// ---- requests from outside to end ---------------------------------------------
+
+// Hang-up, terminate, interrupt, quit and the two user signals: the handler
+// notes the signal, wakes a poll on pl_endsig_fd(), and calls `onsignal`,
+// which must be safe in a signal handler. Writes past a size limit and to a
+// closed pipe fail with an error instead of killing the process.
+void pl_endsig_install(void (*onsignal)());
+// The signal noted, 0 while none came.
+int pl_endsig();
+// The read end of the pipe the handler writes to; -1 before install.
+int pl_endsig_fd();

@@ -3,6 +3,7 @@
 // shell, and what follows a command: trace, RC, ERROR and FAILURE.
 #include <cctype>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -37,7 +38,14 @@ int run_process(const std::string& cmd)
     return 28;
   }
   int status = 0;
+  // A halt asked while the command runs (the user, or a signal that ends
+  // the editor) ends the command too: it is not waited for to the end.
+  bool stopped = false;
   while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    if (rx_halt_pending && !stopped) {
+      kill(pid, SIGTERM);
+      stopped = true;
+    }
   }
   if (WIFEXITED(status)) return WEXITSTATUS(status);
   return WIFSIGNALED(status) ? -WTERMSIG(status) : -1;

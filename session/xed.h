@@ -137,6 +137,8 @@ struct xfile {
     int32_t case_mode = 1; // 0 MI, 1 MR, 2 UI, 3 UR
     int32_t rw = 1;        // RW ON
     int64_t mtime = 2147483647; // last-write time at load
+    int64_t disk_ns = -1;  // disk time in ns at load or save; 0 absent then; -1 unknown
+    int64_t disk_size = -1; // size on disk at that time
     std::vector<std::pair<std::string, int32_t>> pfxtexts; // prefix texts by line
     int32_t lrecl = 0;     // 0 means *
     int32_t trunc = 0;     // 0 means *
@@ -311,6 +313,7 @@ extern int saveclearundo;          // SAVECLEARUNDO ON
 extern int autosave_count;         // changes between autosaves, 0 off
 extern std::string autosave_dir;   // where autosaves go, ending in '/'
 extern bool recovering;            // a recovery save is running
+extern int save_failures;          // saves that failed in this run (a batch then ends with 1)
 extern int lastfiles_on;           // LASTFILES ON
 extern int lastfiles_max;          // entries kept in ~/vorta.lastfiles
 extern int noreload_once;          // skip the next reload check
@@ -323,6 +326,7 @@ int xftr1(int &status, const std::string &path, bool noreport);
 bool xfreload_all();
 bool xfreload_one(int index, int force, int return_to);
 bool xfwritable(const struct stat &st); // from the mode bits, root included
+int64_t xfstat_ns(const struct stat &st); // last-write time in nanoseconds
 std::string xfcanon(const std::string &path); // fold "." and ".."
 
 // Reading a file's lines into a line array; xftr1 and GET use it.
@@ -335,6 +339,8 @@ struct xfreadstate {
     int status = 0;        // out: 0 good, 3 unreadable, 4 directory, 5, 6
     int err = 0;           // out: errno of a failed open
     int64_t mtime = 0;     // out: last-write time of the file
+    int64_t mtime_ns = 0;  // out: the same in nanoseconds
+    int64_t size = 0;      // out: the file's size
     bool ended_lf = false; // out: the data's last byte was a line feed
     std::vector<std::string> msgs; // out: messages to show after the read
 };
@@ -355,6 +361,9 @@ int xfautosave(int index);
 
 // Recovery.
 void xfnomem_save(int reason);     // the ".check" save of xfnomem
+void xfendsig_install();          // outside signals end the run through the rescue
+void xfendsig_point();            // a safe point: rescues and ends when such a signal came
+void xfendsig_rescue();           // the rescue of that end, once
 [[noreturn]] void xfinterr(int code);
 void xfrescue(int code, const std::string &message, bool restart);
 int xfrestart();                   // write restart.x and start anew

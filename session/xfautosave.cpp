@@ -54,7 +54,7 @@ int xfautosave(int index)
     int cur = xfidx;
     xfsetfile(index);
     std::string name = xfautoname(index);
-    int err = xfwrite_autosave(name);
+    int err = xfwrite_copy(name, 0600, XF_PLAIN);
     xfsetfile(cur);
     if (err < 0) {
         xfmsgs("..... Unable to open " + name + " (" + std::strerror(-err) + ")", 1);

@@ -1,5 +1,6 @@
 // The crash report: on a fatal signal the ring of the last commands goes to
-// xed.trace with nothing but write(2), then the signal takes its course.
+// xed.trace with nothing but write(2); the changed files are then kept as
+// ".check" copies if that can still be done, and the signal takes its course.
 #include "session/xed.h"
 
 #include <csignal>
@@ -21,7 +22,7 @@ void put(int fd, const char *s)
 
 void on_fatal(int sig)
 {
-    int fd = open("xed.trace", O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    int fd = open("xed.trace", O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, 0600);
     if (fd >= 0) {
         int first, count;
         const char *const *ring = xftrace_ring(first, count);
@@ -30,6 +31,12 @@ void on_fatal(int sig)
             put(fd, "\n");
         }
         close(fd);
+    }
+    // The changed files as ".check" copies: a last chance that may find the
+    // heap broken, so the alarm ends the attempt if it hangs.
+    if (!recovering && xfnomem_hook) {
+        alarm(3);
+        xfnomem_hook(1);
     }
     signal(sig, SIG_DFL);
     raise(sig);

@@ -280,6 +280,8 @@ int xfedit(const std::string &name, const std::string &dir, bool noext)
         xf->lines.open(0, 1);
         xf->lines[0] = {xfstrdup(""), 0, 0, xv ? xv->select_new : 0};
     }
+    if (r.status != 0)
+        xf->disk_ns = 0; // a new file: one that appears before the save is someone else's
     xf->loadmark = xf->nbli() - 1;
     xf->fname = xfcanon(unlinked(r.path));
     xf->fname2 = xf->fname;
@@ -353,10 +355,17 @@ bool xfreload_one(int index, int force, int return_to)
     if (!f->reload_ok || f->fname != f->fname2)
         return false;
     struct stat st;
-    if (stat(f->fname.c_str(), &st) != 0 || (int64_t)st.st_mtime <= f->mtime)
+    if (stat(f->fname.c_str(), &st) != 0)
+        return false;
+    // Nanoseconds and size: a change within the second of the load counts.
+    bool changed = f->disk_ns > 0 ? xfstat_ns(st) != f->disk_ns || (int64_t)st.st_size != f->disk_size
+                                  : (int64_t)st.st_mtime > f->mtime;
+    if (!changed)
         return false;
     if (f->chgcount != 0 || force) {
-        // There is nobody to ask here: the text in the editor is kept.
+        // There is nobody to ask here: the text in the editor is kept. The
+        // disk's identity stays the old one, so that a save still sees the
+        // change and asks before writing over it.
         f->mtime = (int64_t)st.st_mtime;
         noreload_once = 1;
         return false;
@@ -373,7 +382,10 @@ bool xfreload_one(int index, int force, int return_to)
     std::vector<int32_t> order = ringpos;
 
     xfsetfile(index);
-    xfwrite_plain(name + (f->chgcount ? bak_suffix : reload_suffix), f->eol_kind == 0);
+    // The editor's text as a backup, no more open to others than the file.
+    mode_t mode = (mode_t)(st.st_mode & 0666);
+    xfwrite_copy(name + (f->chgcount ? bak_suffix : reload_suffix), mode,
+                 f->eol_kind == 0 ? XF_SAVED_CRLF : XF_SAVED);
     xfdelfile();
     if (xfedit(name, xfdirof(name), true) != 0 || nbfiles() != (int)order.size())
         return false;

@@ -114,6 +114,11 @@ void xftext_free(char *text)
 
 // ---------------------------------------------------------------------------
 
+int64_t xfstat_ns(const struct stat &st)
+{
+    return (int64_t)st.st_mtim.tv_sec * 1000000000 + st.st_mtim.tv_nsec;
+}
+
 bool xfwritable(const struct stat &st)
 {
     // Decided from the mode bits: as root every access test says yes.
@@ -198,11 +203,15 @@ int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st)
         st.status = 3;
         return st.status;
     }
-    if (S_ISDIR(sb.st_mode)) {
+    // Only a regular file has an end to read to: a pipe may never send
+    // one, and a device like /dev/zero never ends.
+    if (!S_ISREG(sb.st_mode)) {
         st.status = 4;
         return st.status;
     }
     st.mtime = (int64_t)sb.st_mtime;
+    st.mtime_ns = xfstat_ns(sb);
+    st.size = (int64_t)sb.st_size;
     char *buf;
     size_t n;
     if (!slurp(fd, S_ISREG(sb.st_mode) ? (size_t)sb.st_size : 0, buf, n)) {
@@ -284,13 +293,17 @@ int xftr1(int &status, const std::string &path, bool noreport)
 {
     xftimeload("VORTA: starting xftr1");
     status = 0;
-    // The write open only tests our access; a pipe opened for writing by
-    // its own reader would never see its end, so only regular files get it.
+    // The write open only tests our access. Only regular files are read,
+    // and nothing opened here may block: a pipe with no writer waits forever.
     struct stat pre;
-    bool regular = stat(path.c_str(), &pre) == 0 && S_ISREG(pre.st_mode);
-    int wfd = regular ? open(path.c_str(), O_RDWR | O_CLOEXEC) : -1;
-    int werr = wfd < 0 && regular ? errno : 0;
-    int fd = wfd >= 0 ? wfd : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (stat(path.c_str(), &pre) == 0 && !S_ISREG(pre.st_mode)) {
+        status = 4;
+        return status;
+    }
+    constexpr int ro = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    int wfd = open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    int werr = wfd < 0 ? errno : 0;
+    int fd = wfd >= 0 ? wfd : open(path.c_str(), ro);
     if (fd < 0) {
         status = errno == EISDIR ? 4 : 3;
         return status;
@@ -311,6 +324,8 @@ int xftr1(int &status, const std::string &path, bool noreport)
     xf->bin = st.bin;
     xf->keepblanks = st.keepblanks;
     xf->mtime = st.mtime;
+    xf->disk_ns = st.mtime_ns;
+    xf->disk_size = st.size;
     xf->eol_kind = st.eol_kind;
     int32_t n = xf->nbli();
     if (n == 0) {
@@ -326,7 +341,7 @@ int xftr1(int &status, const std::string &path, bool noreport)
     }
     if (xf->bin)
         xf->eol_kind = 1;
-    if (ro_attr || (regular && wfd < 0)) {
+    if (ro_attr || wfd < 0) {
         xf->rw = 0;
         if (ro_attr)
             st.msgs.push_back("..... File \"" + path + "\" is read-only - RW OFF");

@@ -4,6 +4,7 @@
 // ring so that a new process can take over.
 #include "session/xffiles.h"
 #include "commands/commands.h"
+#include "platform/platform.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -29,7 +30,49 @@ bool macro_kind(const std::string &name)
     return cls == 4 || cls == 10 || cls == 15;
 }
 
+// A name in the recovery folder that no copy holds yet: the file's path with
+// its slashes made '%', cut from the left to fit, and a number when taken.
+std::string recovery_name(const std::string &dir, int n)
+{
+    std::string flat = xf->fname;
+    for (char &c : flat)
+        if (c == '/')
+            c = '%';
+    if (flat.size() > 200)
+        flat.erase(0, flat.size() - 200);
+    char num[16] = "";
+    if (n > 0)
+        std::snprintf(num, sizeof num, ".%d", n);
+    return dir + flat + num + ".check";
+}
+
 } // namespace
+
+int xfwrite_check(std::string &where)
+{
+    struct stat st;
+    mode_t mode = stat(xf->fname.c_str(), &st) == 0 ? (mode_t)(st.st_mode & 0666) : 0600;
+    int form = xf->eol_kind == 0 ? XF_SAVED_CRLF : XF_SAVED;
+    std::string own = xf->fname + ".check";
+    int err = xfwrite_copy(own, mode, form);
+    if (err == 0) {
+        where = own;
+        return 0;
+    }
+    // The file's folder cannot take it (not ours to write, a name too long,
+    // someone else's file in the way): the user's own recovery folder.
+    std::string dir = pl_state_dir("recovery");
+    for (int n = 0; !dir.empty() && n < 1000; n++) {
+        std::string name = recovery_name(dir, n);
+        if (lstat(name.c_str(), &st) == 0)
+            continue;
+        err = xfwrite_copy(name, mode, form);
+        if (err == 0)
+            where = name;
+        break;
+    }
+    return err < 0 ? -err : err;
+}
 
 void xfrecover_install() { xfnomem_hook = xfnomem_save; }
 
@@ -46,10 +89,11 @@ void xfnomem_save(int reason)
             continue;
         xfsetfile(i);
         err("VORTA: ... Trying to save ", xf->fname);
-        xf->fname += ".check";
-        err(" after renaming in ", xf->fname);
         recovering = true;
-        bool ok = xfwrite(false, false) == 0;
+        std::string where = xf->fname + ".check";
+        bool ok = xfwrite_check(where) == 0;
+        xf->fname = where;
+        err(" after renaming in ", xf->fname);
         err(ok ? "VORTA: ................. Save successfull" : "VORTA: ................. Save failed");
     }
 }
@@ -81,8 +125,13 @@ void xfrescue(int code, const std::string &message, bool restart)
         xfsetfile(i);
         err(message.c_str());
         err("Trying to save ", xf->fname, " appending a \".check\" filetype.");
-        xf->fname += ".check";
-        xfsave(xf->fname, true, false, false, false, false);
+        std::string where = xf->fname + ".check";
+        if (xfwrite_check(where) == 0) {
+            xf->fname = where;
+            err("Saved as ", where);
+        } else {
+            err("Unable to save ", xf->fname);
+        }
     }
     if (!any)
         err(message.c_str());
@@ -96,12 +145,19 @@ int xfrestart_write()
     if (files.empty())
         return 0;
     struct stat st;
-    if (stat("restart.x", &st) == 0)
+    if (lstat("restart.x", &st) == 0)
         rename("restart.x", "restart.x%");
-    FILE *f = std::fopen("restart.x", "w");
-    if (!f)
-        return errno;
-    chmod("restart.x", 438);
+    // Made new, never through a link that someone left in the folder.
+    int fd = pl_create_new("restart.x", 438);
+    if (fd < 0)
+        return -fd;
+    (void)!fchmod(fd, 438);
+    FILE *f = fdopen(fd, "w");
+    if (!f) {
+        int e = errno;
+        close(fd);
+        return e;
+    }
     for (int i = 0; i < nbfiles(); i++) {
         xfile *fl = files[(size_t)i];
         int32_t line = xv && (size_t)i < xv->perfile.size() ? xv->perfile[(size_t)i].curline : 0;

@@ -1,15 +1,19 @@
 // Saving: the writer with its backup rules, and the save of the bound file
-// under its own name or another.  The text is built whole in memory before
-// the target is touched, and the old text survives as the backup until the
-// new one is written.
+// under its own name or another. The text is built whole in memory before
+// anything on disk is touched; it goes into a new file that takes the
+// target's name only once it is complete, so a failed write (a full disk, a
+// size limit) leaves the old text where it was and the old backup too.
 #include "session/xffiles.h"
 #include "commands/commands.h"
+
+#include "platform/platform.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <set>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -86,20 +90,6 @@ void build(std::string &out, unsigned how)
     emit(how, [&](const char *p, size_t n) { out.append(p, n); });
 }
 
-int write_all(int fd, const std::string &data)
-{
-    size_t done = 0;
-    while (done < data.size()) {
-        ssize_t w = write(fd, data.data() + done, data.size() - done);
-        if (w < 0 && errno == EINTR)
-            continue;
-        if (w <= 0)
-            return w < 0 ? errno : EIO;
-        done += (size_t)w;
-    }
-    return 0;
-}
-
 // The text straight to the file through a fixed buffer: no allocation.
 int stream(int fd, unsigned how)
 {
@@ -107,16 +97,8 @@ int stream(int fd, unsigned how)
     size_t used = 0;
     int err = 0;
     auto flush = [&] {
-        size_t done = 0;
-        while (done < used && !err) {
-            ssize_t w = write(fd, buf + done, used - done);
-            if (w < 0 && errno == EINTR)
-                continue;
-            if (w <= 0)
-                err = w < 0 ? errno : EIO;
-            else
-                done += (size_t)w;
-        }
+        if (!err)
+            err = pl_write_all(fd, buf, used);
         used = 0;
     };
     emit(how, [&](const char *p, size_t n) {
@@ -159,66 +141,159 @@ void say(const std::string &m)
     xfmsgs(m, 1);
 }
 
+void write_error(int err)
+{
+    std::fprintf(stderr, "vorta: save : error occured while writing (%s)\n", std::strerror(err));
+}
+
+// Targets whose text a failed write in place left broken and that could not
+// be put back: their backup is the last good text and stays as it is.
+std::set<std::string> broken;
+
+mode_t umask_now()
+{
+    mode_t m = umask(077);
+    umask(m);
+    return m;
+}
+
+// The data go into a new file beside `path`, which then takes its name:
+// whoever reads `path` finds the old whole text or the new one, never part.
+// `owner`, when given, is the file whose owner the new one keeps; `before`
+// runs when the new text is safely on disk, just before it takes the name.
+// Minus the errno value when no new file could be made, else 0 or errno.
+template <class Fill, class Before = void (*)()>
+int replace(const std::string &path, mode_t mode, const struct stat *owner, Fill fill,
+            Before before = [] {})
+{
+    std::string tmp;
+    int fd = pl_create_temp(path, 0600, tmp);
+    if (fd < 0)
+        return fd;
+    if (owner)
+        (void)!fchown(fd, owner->st_uid, owner->st_gid);
+    int err = fchmod(fd, mode) != 0 ? errno : 0;
+    if (!err)
+        err = fill(fd);
+    if (!err && fsync(fd) != 0 && errno != EINVAL)
+        err = errno;
+    if (close(fd) != 0 && !err)
+        err = errno;
+    if (!err)
+        before();
+    if (!err && rename(tmp.c_str(), path.c_str()) != 0)
+        err = errno;
+    if (err)
+        unlink(tmp.c_str());
+    return err;
+}
+
+// All of a file's bytes, for putting them back; false when unreadable.
+bool slurp(const std::string &path, std::string &out)
+{
+    int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    char buf[65536];
+    ssize_t n;
+    while ((n = read(fd, buf, sizeof buf)) > 0 || (n < 0 && errno == EINTR))
+        if (n > 0)
+            out.append(buf, (size_t)n);
+    close(fd);
+    return n == 0;
+}
+
+int put_at_start(int fd, const std::string &data)
+{
+    if (lseek(fd, 0, SEEK_SET) != 0)
+        return errno;
+    if (int e = pl_write_all(fd, data.data(), data.size()))
+        return e;
+    if (ftruncate(fd, (off_t)data.size()) != 0)
+        return errno;
+    return fsync(fd) != 0 && errno != EINVAL ? errno : 0;
+}
+
+// The backup as a copy, for a file whose identity must stay (hard links,
+// PRESERVLINKS): the target keeps its inode.
+void backup_copy(const std::string &target, const std::string &bak)
+{
+    if (int e = xfcopyfile(target, bak))
+        say("save: Unable to copy " + target + " into " + bak + ": " + std::strerror(e));
+}
+
+// The old disk text as the backup, for a target that the new file replaces.
+// A hard link keeps the target in place until the rename; where links are
+// refused the old text moves.
+void backup_move(const std::string &target, const std::string &bak)
+{
+    struct stat bs;
+    if (lstat(bak.c_str(), &bs) == 0 && !S_ISDIR(bs.st_mode))
+        unlink(bak.c_str());
+    if (link(target.c_str(), bak.c_str()) != 0 && rename(target.c_str(), bak.c_str()) != 0)
+        say("save: Unable to rename " + target + " into " + bak);
+}
+
+// Written over the old text in the file itself, which keeps its inode: the
+// old text is held in memory first and put back when the write fails.
+int write_inplace(const std::string &target, const std::string &data)
+{
+    std::string bak = target + bak_suffix;
+    if (!broken.count(target))
+        backup_copy(target, bak);
+    std::string old;
+    bool have_old = slurp(target, old);
+    int fd = open(target.c_str(), O_WRONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        say("save: Unable to write " + target + ": " + std::strerror(errno));
+        return 2;
+    }
+    int err = put_at_start(fd, data);
+    if (err) {
+        write_error(err);
+        if (have_old && put_at_start(fd, old) == 0)
+            broken.erase(target);
+        else
+            broken.insert(target);
+    } else {
+        broken.erase(target);
+    }
+    if (close(fd) != 0 && !err) {
+        err = errno;
+        write_error(err);
+    }
+    return err ? 2 : 0;
+}
+
 } // namespace
 
 int xfcopyfile(const std::string &from, const std::string &to)
 {
-    int in = open(from.c_str(), O_RDONLY | O_CLOEXEC);
+    int in = open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (in < 0)
         return errno;
     struct stat st;
-    fstat(in, &st);
-    int out = open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, st.st_mode & 07777);
-    if (out < 0) {
-        int e = errno;
-        close(in);
-        return e;
-    }
-    int err = 0;
-    static char buf[65536];
-    for (;;) {
-        ssize_t n = read(in, buf, sizeof buf);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0) {
-            err = n < 0 ? errno : 0;
-            break;
+    mode_t mode = fstat(in, &st) == 0 ? st.st_mode & 0777 : 0600;
+    int err = replace(to, mode, nullptr, [&](int out) {
+        static char buf[65536];
+        for (;;) {
+            ssize_t n = read(in, buf, sizeof buf);
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0)
+                return n < 0 ? errno : 0;
+            if (int e = pl_write_all(out, buf, (size_t)n))
+                return e;
         }
-        err = write_all(out, std::string(buf, (size_t)n));
-        if (err)
-            break;
-    }
+    });
     close(in);
-    if (close(out) != 0 && !err)
-        err = errno;
-    return err;
+    return err < 0 ? -err : err;
 }
 
-int xfwrite_plain(const std::string &path, bool dosmode)
+int xfwrite_copy(const std::string &path, mode_t mode, int form)
 {
-    std::string data;
-    build(data, dosmode ? B_CRLF : 0u);
-    int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (fd < 0)
-        return errno;
-    int err = write_all(fd, data);
-    if (close(fd) != 0 && !err)
-        err = errno;
-    return err;
-}
-
-// Plain LF records through the write table: the form of autosave copies.
-int xfwrite_autosave(const std::string &path)
-{
-    std::string data;
-    build(data, B_PLAIN);
-    int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    if (fd < 0)
-        return -errno;
-    int err = write_all(fd, data);
-    if (close(fd) != 0 && !err)
-        err = errno;
-    return err;
+    static constexpr unsigned how[] = {0u, B_CRLF, B_PLAIN};
+    return replace(path, mode, nullptr, [&](int fd) { return stream(fd, how[form]); });
 }
 
 int xfwrite(bool dosmode, bool verify)
@@ -229,74 +304,122 @@ int xfwrite(bool dosmode, bool verify)
         say("file " + xf->fname + " linked to itself");
         return 2;
     }
-    // The memory first: a shortage is met before the target is touched.
-    // A recovery save has no memory to spare and streams instead.
-    std::string data;
-    if (!recovering)
-        build(data, how);
-
     struct stat st;
     bool existed = stat(target.c_str(), &st) == 0;
-    if (existed && !xfwritable(st) && !recovering) {
+    if (existed && !S_ISREG(st.st_mode)) {
+        // A device, a pipe or a socket is not replaced by a plain file.
+        say("save: " + target + " is not a regular file");
+        return 2;
+    }
+    if (existed && !xfwritable(st)) {
         // Removing the protection needs the user's word, and there is no one
         // to ask without a screen.
         say("The file " + target + " is write-protected.");
         return 3;
     }
-    std::string bak = target + bak_suffix;
-    bool renamed = false;
-    if (existed) {
-        if (preservlinks || st.st_nlink >= 2) {
-            if (int e = xfcopyfile(target, bak))
-                say("save: Unable to copy " + target + " into " + bak + ": " + std::strerror(e));
-        } else {
-            unlink(bak.c_str());
-            if (rename(target.c_str(), bak.c_str()) != 0)
-                say("save: Unable to rename " + target + " into " + bak);
-            else
-                renamed = true;
-        }
-    }
-    int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
-    mode_t mode = existed ? (st.st_mode & 07777) : 0666;
-    int fd = open(target.c_str(), flags, mode);
-    if (fd < 0 && existed && !xfwritable(st)) {
-        (void)!chmod(target.c_str(), mode | S_IWUSR);
-        fd = open(target.c_str(), flags, mode);
-    }
+    // The memory first: a shortage is met before anything on disk is touched.
+    std::string data;
+    build(data, how);
+
+    // A file that must keep its inode, or one we may write but not own
+    // (whose owner a new file would change), is written in place.
+    bool inplace = existed && (preservlinks || st.st_nlink >= 2 ||
+                               (geteuid() != 0 && st.st_uid != geteuid()));
     int status = 0;
-    if (fd < 0) {
-        say("save: Unable to write " + target + ": " + std::strerror(errno));
-        status = 2;
+    if (inplace) {
+        status = write_inplace(target, data);
     } else {
-        if (renamed) {
-            // A new inode: give it the old one's permissions and owner.
-            (void)!fchown(fd, st.st_uid, st.st_gid);
-            (void)!fchmod(fd, mode);
-        }
-        int err = recovering ? stream(fd, how) : write_all(fd, data);
-        if (close(fd) != 0 && !err)
-            err = errno;
-        if (err) {
-            std::fprintf(stderr, "vorta: save : error occured while writing (%s)\n", std::strerror(err));
+        mode_t mode = existed ? st.st_mode & 07777 : 0666 & ~umask_now();
+        bool keep = existed && !broken.count(target);
+        // The backup is made once the new text is safely on disk.
+        int err = replace(
+            target, mode, existed ? &st : nullptr,
+            [&](int fd) { return pl_write_all(fd, data.data(), data.size()); },
+            [&] {
+                if (keep)
+                    backup_move(target, target + bak_suffix);
+            });
+        if (err < 0 && existed) {
+            // No new file can be made in the folder: the file itself is written.
+            status = write_inplace(target, data);
+        } else if (err < 0) {
+            say("save: Unable to write " + target + ": " + std::strerror(-err));
             status = 2;
+        } else if (err > 0) {
+            write_error(err);
+            status = 2;
+        } else {
+            broken.erase(target);
         }
     }
-    if (!backup_on && existed)
-        unlink(bak.c_str());
+    if (status == 0 && !backup_on && existed)
+        unlink((target + bak_suffix).c_str());
     return status;
 }
+
+int save_failures = 0;
+
+namespace {
+
+// Whether the file on disk is still the one loaded or last saved: 0 yes,
+// 1 changed by someone else, 2 deleted, 3 made where there was none.
+int disk_change(const std::string &path)
+{
+    struct stat st;
+    bool there = stat(path.c_str(), &st) == 0;
+    if (xf->disk_ns < 0)
+        return 0;
+    if (xf->disk_ns == 0)
+        return there ? 3 : 0;
+    if (!there)
+        return errno == ENOENT ? 2 : 0;
+    return xfstat_ns(st) != xf->disk_ns || (int64_t)st.st_size != xf->disk_size ? 1 : 0;
+}
+
+void note_disk()
+{
+    struct stat st;
+    if (stat(xf->fname.c_str(), &st) == 0) {
+        xf->mtime = (int64_t)st.st_mtime;
+        xf->disk_ns = xfstat_ns(st);
+        xf->disk_size = (int64_t)st.st_size;
+    }
+}
+
+// A save over what someone else did on disk needs the user's word: asked
+// from a key on the page, refused otherwise.
+bool disk_allows(const std::string &path)
+{
+    static const char *const what[] = {"", "changed on disk since it was loaded", "deleted on disk",
+                                       "created on disk by another program"};
+    int why = disk_change(path);
+    if (why == 0)
+        return true;
+    std::string head = "File \"" + path + "\" " + what[why];
+    if (xfconfirm_key("to write it anyway: " + head))
+        return true;
+    xfmsgs("..... " + head + "; SSAVE or FFILE writes it anyway", 1);
+    return false;
+}
+
+int failed(int status, int rc)
+{
+    save_failures++;
+    cmd_rc = rc;
+    return status;
+}
+
+} // namespace
 
 int xfsave(const std::string &target, bool force, bool keeptime, bool dosmode, bool verify,
            bool named)
 {
     struct stat st;
-    if (target != xf->fname2 && stat(target.c_str(), &st) == 0 && !force && !recovering) {
-        // Overwriting another file needs confirmation, which a run without
-        // a screen cannot give.
-        cmd_rc = 2;
-        return 2;
-    }
+    if (target != xf->fname2 && stat(target.c_str(), &st) == 0 && !force && !recovering &&
+        !xfconfirm_key("to overwrite existing file"))
+        return failed(2, 2);
+    if (target == xf->fname2 && !force && !recovering && !disk_allows(target))
+        return failed(2, 1);
     std::string oldname = xf->fname;
     int64_t oldtime = xf->mtime;
     xf->fname = target;
@@ -305,8 +428,7 @@ int xfsave(const std::string &target, bool force, bool keeptime, bool dosmode, b
     if (status != 0) {
         if (status != 3)
             xfmsg(21, 1);
-        cmd_rc = 1;
-        return status;
+        return failed(status, 1);
     }
     if (named)
         return 0;
@@ -325,8 +447,7 @@ int xfsave(const std::string &target, bool force, bool keeptime, bool dosmode, b
         ts[0].tv_sec = ts[1].tv_sec = (time_t)oldtime;
         ts[0].tv_nsec = ts[1].tv_nsec = 0;
         utimensat(AT_FDCWD, target.c_str(), ts, 0);
-    } else if (stat(target.c_str(), &st) == 0) {
-        xf->mtime = (int64_t)st.st_mtime;
     }
+    note_disk();
     return 0;
 }

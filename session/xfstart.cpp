@@ -2,6 +2,7 @@
 // the program's name and directories, the profile, the queue of start-up
 // commands, the batch run with its @messages file, and the end.
 #include "session/xed.h"
+#include "session/xffiles.h"
 #include "commands/commands.h"
 #include "platform/platform.h"
 #include "session/xfkeys.h"
@@ -354,12 +355,32 @@ void save_batch_messages()
     }
 }
 
+// A batch run in which a save failed ends with status 1 and says so; what it
+// could not save is kept as a ".check" copy rather than dropped at the end.
+[[noreturn]] void batch_failed()
+{
+    std::fprintf(stderr, "vorta: %d save%s failed\n", save_failures, save_failures == 1 ? "" : "s");
+    for (int i = 0; i < nbfiles(); i++) {
+        if (files[(size_t)i]->chgcount == 0)
+            continue;
+        xfsetfile(i);
+        std::string where;
+        if (xfwrite_check(where) == 0)
+            std::fprintf(stderr, "vorta: changes to %s kept in %s\n", xf->fname.c_str(), where.c_str());
+        else
+            std::fprintf(stderr, "vorta: changes to %s lost: no copy could be written\n", xf->fname.c_str());
+    }
+    std::exit(1);
+}
+
 } // namespace
 
 void xfexit(int code)
 {
-    (void)code; // the status through this route is always 0
+    (void)code; // the status through this route is 0, unless a batch lost a save
     std::fflush(stdout);
+    if (batch && save_failures > 0)
+        batch_failed();
     std::exit(0);
 }
 
@@ -368,6 +389,7 @@ int xfmain(int argc, char **argv)
     raw_argv.assign(argv, argv + argc);
     xfcrash_install();
     xfmem_install();
+    xfendsig_install();
     std::setlocale(LC_NUMERIC, "C");
     xftimeload_start();
     const char *tl = std::getenv("TIMELOAD");
@@ -403,12 +425,7 @@ int xfmain(int argc, char **argv)
     if (!batch && o.keys.empty() && (term || isatty(0))) {
         std::string why = "no terminal layer in this program";
         // When the terminal goes, every changed file is kept as a ".check" copy.
-        layer = fs_plat_term ? fs_plat_term(
-                    [] {
-                        xfack_commit(); // typed text is part of what is saved
-                        xfnomem_save(1);
-                    },
-                    why) : nullptr;
+        layer = fs_plat_term ? fs_plat_term(xfendsig_rescue, why) : nullptr;
         if (!layer) {
             std::fprintf(stderr, "vorta: can't initialize\n%s\n", why.c_str());
             std::exit(1);
@@ -473,6 +490,7 @@ int xfmain(int argc, char **argv)
     std::string cmd;
     cmd_source = 2;
     while (xfnext_queued(cmd)) {
+        xfendsig_point();
         xfcycle_begin(); // each command is one undo group and one AUTOSAVE step
         xfcmdline(cmd);
         xfcycle_end();

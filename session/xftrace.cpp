@@ -5,6 +5,8 @@
 #include "commands/commands.h"
 
 #include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
 #include <cstring>
 #include <ctime>
 #include <sys/resource.h>
@@ -54,8 +56,12 @@ const char *const *xftrace_ring(int &first, int &count)
 
 bool xftrace_dump()
 {
-    FILE *f = std::fopen("xed.trace", "w");
+    // Never written through a link someone left in the folder.
+    int fd = open("xed.trace", O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
+    FILE *f = fd >= 0 ? fdopen(fd, "w") : nullptr;
     if (!f) {
+        if (fd >= 0)
+            close(fd);
         xfmsgs("..... Unable to create \"xed.trace\"", 1);
         return false;
     }

@@ -3,6 +3,7 @@
 // mouse, focus, unknown sequences) into field-manager events.
 #pragma once
 #include "fields/fields.h"
+#include <string>
 #include <vector>
 
 // One unit of input: a character (a code point), or a curses key code with
@@ -44,3 +45,8 @@ void tk_decode(const std::vector<int> &units, std::vector<tk_out> &out, int *hel
 // eight basic colours.
 int tk_nearest256(int red, int green, int blue);
 int tk_nearest8(int red, int green, int blue);
+
+// A title as it may go to the terminal: control characters, C1 controls and
+// bytes that are not UTF-8 shown escaped (^[ , \x9B), so that a file name
+// cannot send the terminal a sequence of its own.
+std::string tk_title_text(const std::string &text);

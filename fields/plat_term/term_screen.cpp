@@ -8,6 +8,7 @@
 #define NCURSES_NOMACROS 1
 #include "fields/plat_term/plat_term.h"
 #include "fields/plat_term/term_int.h"
+#include "platform/platform.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -44,7 +45,7 @@ constexpr int NFATAL = int(sizeof FATAL / sizeof FATAL[0]);
 
 // What the signal handlers leave for the wait.
 volatile sig_atomic_t got_winch = 0;  // the terminal changed size
-volatile sig_atomic_t got_hup = 0;    // hang-up or SIGTERM
+volatile sig_atomic_t got_hup = 0;    // the terminal went away
 volatile sig_atomic_t got_tstp = 0;   // asked to stop
 volatile sig_atomic_t got_cont = 0;   // continued after a stop
 int wakefd[2] = {-1, -1};             // the handlers write a byte here
@@ -175,8 +176,9 @@ class termplat : public fs_plat {
   }
   int wait(int ms) override;
   void title(const std::string &text) override {
-    if (text != title_) titlewanted_ = true;
-    title_ = text;
+    std::string t = tk_title_text(text);
+    if (t != title_) titlewanted_ = true;
+    title_ = t;
   }
   void geometry(fs_metrics &m) override {
     m = fs_metrics{};
@@ -346,7 +348,7 @@ void termplat::suspend() {
 
 // Acts on what the handlers noted; -2 when the wait goes on.
 int termplat::signals() {
-  if (got_hup) return hangup();
+  if (got_hup || pl_endsig()) return hangup();
   if (got_tstp) {
     got_tstp = 0;
     suspend();
@@ -415,8 +417,8 @@ int termplat::wait(int ms) {
     if (down_) return hangup();
     long long left = end < 0 ? -1 : end - now_ms();
     if (end >= 0 && left < 0) left = 0;
-    pollfd p[2] = {{0, POLLIN, 0}, {wakefd[0], POLLIN, 0}};
-    int n = poll(p, 2, int(left));
+    pollfd p[3] = {{0, POLLIN, 0}, {wakefd[0], POLLIN, 0}, {pl_endsig_fd(), POLLIN, 0}};
+    int n = poll(p, 3, int(left));
     if (n < 0 && errno != EINTR) return hangup();
     if (n > 0 && (p[1].revents & POLLIN)) {
       char buf[64];
@@ -440,6 +442,47 @@ void atexit_restore() {
 }
 
 }  // namespace
+
+std::string tk_title_text(const std::string &text) {
+  std::string out;
+  size_t i = 0, n = text.size();
+  auto hex = [&](unsigned char c) {
+    char b[8];
+    snprintf(b, sizeof b, "\\x%02X", c);
+    out += b;
+  };
+  while (i < n) {
+    unsigned char c = (unsigned char)text[i];
+    if (c < 0x20 || c == 0x7f) {
+      out += '^';
+      out += char(c == 0x7f ? '?' : c + 64);
+      i++;
+      continue;
+    }
+    if (c < 0x80) {
+      out += char(c);
+      i++;
+      continue;
+    }
+    // A whole UTF-8 sequence passes, unless it spells a C1 control.
+    size_t len = c >= 0xf0 && c < 0xf5 ? 4 : c >= 0xe0 ? 3 : c >= 0xc2 ? 2 : 0;
+    bool ok = len > 0 && i + len <= n;
+    for (size_t k = 1; ok && k < len; k++) ok = ((unsigned char)text[i + k] & 0xc0) == 0x80;
+    if (ok && c == 0xc2 && (unsigned char)text[i + 1] < 0xa0) {
+      hex((unsigned char)text[i + 1]);
+      i += 2;
+      continue;
+    }
+    if (!ok) {
+      hex(c);
+      i++;
+      continue;
+    }
+    out.append(text, i, len);
+    i += len;
+  }
+  return out;
+}
 
 int tk_nearest8(int r, int g, int b) {
   // Greys have no hue to keep: by distance alone a mid grey would go to
@@ -502,7 +545,9 @@ fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) {
     err = "no pipe for signals";
     return nullptr;
   }
-  for (int s : {SIGWINCH, SIGHUP, SIGTERM, SIGTSTP, SIGCONT}) catchsig(s);
+  // Hang-up and the other requests to end are the process's own (noted
+  // for us in pl_endsig); the layer takes job control and resizes.
+  for (int s : {SIGWINCH, SIGTSTP, SIGCONT}) catchsig(s);
   if (!newterm(t, out, stdin)) {
     err = std::string("unknown terminal type \"") + t + "\"";
     return nullptr;

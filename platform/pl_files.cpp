@@ -1,0 +1,101 @@
+// Files the program creates beside the user's: backups, recovery copies,
+// temporaries of a save. They are made new each time (O_EXCL), never through
+// a symbolic link someone planted where we write (O_NOFOLLOW), and with the
+// mode asked for or stricter.
+#include "platform/platform.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+int pl_create_new(const std::string &path, mode_t mode)
+{
+    int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+    return fd >= 0 ? fd : -errno;
+}
+
+int pl_create_temp(const std::string &beside, mode_t mode, std::string &tmpname)
+{
+    size_t s = beside.rfind('/');
+    std::string dir = s == std::string::npos ? std::string() : beside.substr(0, s + 1);
+    std::string base = s == std::string::npos ? beside : beside.substr(s + 1);
+    // A short name: the temporary must fit where the file's own name fits.
+    if (base.size() > 40)
+        base.resize(40);
+    static unsigned long seq = 0;
+    for (int tries = 0; tries < 100; tries++) {
+        timespec t;
+        clock_gettime(CLOCK_REALTIME, &t);
+        unsigned long r = (unsigned long)t.tv_nsec ^ ((unsigned long)getpid() << 16) ^ (++seq * 2654435761UL);
+        char tail[32];
+        std::snprintf(tail, sizeof tail, ".%lx~", r & 0xffffffUL);
+        tmpname = dir + "." + base + tail;
+        int fd = pl_create_new(tmpname, mode);
+        if (fd != -EEXIST)
+            return fd;
+    }
+    return -EEXIST;
+}
+
+int pl_write_all(int fd, const void *data, size_t n)
+{
+    const char *p = static_cast<const char *>(data);
+    while (n > 0) {
+        ssize_t w = write(fd, p, n);
+        if (w < 0 && errno == EINTR)
+            continue;
+        if (w <= 0)
+            return w < 0 ? errno : EIO;
+        p += w;
+        n -= (size_t)w;
+    }
+    return 0;
+}
+
+namespace {
+
+// One level made 0700 where missing; true when it is then a folder of ours
+// that no one else can enter.
+bool private_dir(const std::string &d)
+{
+    if (mkdir(d.c_str(), 0700) != 0 && errno != EEXIST)
+        return false;
+    struct stat st;
+    return lstat(d.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == geteuid();
+}
+
+} // namespace
+
+std::string pl_state_dir(const std::string &sub)
+{
+    const char *x = std::getenv("XDG_STATE_HOME");
+    std::string base;
+    if (x && *x == '/') {
+        base = x;
+    } else {
+        const char *h = std::getenv("HOME");
+        if (!h || *h != '/')
+            return "";
+        base = std::string(h) + "/.local/state";
+        // The levels above our own folder are ordinary ones.
+        std::string l = std::string(h) + "/.local";
+        mkdir(l.c_str(), 0755);
+    }
+    mkdir(base.c_str(), 0700);
+    std::string d = base + "/vorta";
+    if (!private_dir(d))
+        return "";
+    struct stat st;
+    if (lstat(d.c_str(), &st) != 0 || (st.st_mode & 077))
+        return "";
+    if (sub.empty())
+        return d + "/";
+    d += "/" + sub;
+    if (!private_dir(d) || lstat(d.c_str(), &st) != 0 || (st.st_mode & 077))
+        return "";
+    return d + "/";
+}
