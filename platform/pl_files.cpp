@@ -59,13 +59,14 @@ int pl_write_all(int fd, const void *data, size_t n)
 namespace {
 
 // One level made 0700 where missing; true when it is then a folder of ours
-// that no one else can enter.
+// (not a link to one) that no one else can enter.
 bool private_dir(const std::string &d)
 {
     if (mkdir(d.c_str(), 0700) != 0 && errno != EEXIST)
         return false;
     struct stat st;
-    return lstat(d.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == geteuid();
+    return lstat(d.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == geteuid() &&
+           (st.st_mode & 077) == 0;
 }
 
 } // namespace
@@ -73,29 +74,25 @@ bool private_dir(const std::string &d)
 std::string pl_state_dir(const std::string &sub)
 {
     const char *x = std::getenv("XDG_STATE_HOME");
+    const char *h = std::getenv("HOME");
     std::string base;
-    if (x && *x == '/') {
+    if (x && *x == '/')
         base = x;
-    } else {
-        const char *h = std::getenv("HOME");
-        if (!h || *h != '/')
-            return "";
+    else if (h && *h == '/')
         base = std::string(h) + "/.local/state";
-        // The levels above our own folder are ordinary ones.
-        std::string l = std::string(h) + "/.local";
-        mkdir(l.c_str(), 0755);
-    }
+    else
+        return "";
+    // Missing levels above our own folder are made as the user's own.
+    for (size_t i = base.find('/', 1); i != std::string::npos; i = base.find('/', i + 1))
+        mkdir(base.substr(0, i).c_str(), 0700);
     mkdir(base.c_str(), 0700);
     std::string d = base + "/vorta";
     if (!private_dir(d))
         return "";
-    struct stat st;
-    if (lstat(d.c_str(), &st) != 0 || (st.st_mode & 077))
-        return "";
-    if (sub.empty())
-        return d + "/";
-    d += "/" + sub;
-    if (!private_dir(d) || lstat(d.c_str(), &st) != 0 || (st.st_mode & 077))
-        return "";
+    if (!sub.empty()) {
+        d += "/" + sub;
+        if (!private_dir(d))
+            return "";
+    }
     return d + "/";
 }

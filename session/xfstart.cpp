@@ -378,6 +378,7 @@ void save_batch_messages()
 void xfexit(int code)
 {
     (void)code; // the status through this route is 0, unless a batch lost a save
+    xfendsig_point(); // a signal that came last still has its rescue
     std::fflush(stdout);
     if (batch && save_failures > 0)
         batch_failed();

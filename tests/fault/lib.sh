@@ -34,7 +34,7 @@ same() {
   want=$(printf "$2"; echo x)
   local got
   got=$(cat "$1" 2>/dev/null; echo x)
-  [ "$got" = "$want" ] || fail "$1 holds [${got%x}], wanted [${want%x}]"
+  [ "$got" = "$want" ] || fail "$1 holds [$(printf %s "${got%x}" | head -c 200)], wanted [$(printf %s "${want%x}" | head -c 200)]"
 }
 
 mode() { stat -c %a "$1"; }
