@@ -395,10 +395,9 @@ bool disk_allows(const std::string &path)
     int why = disk_change(path);
     if (why == 0)
         return true;
-    std::string head = "File \"" + path + "\" " + what[why];
-    if (xfconfirm_key("to write it anyway: " + head))
+    if (xfconfirm_key(std::string("to save anyway: file ") + what[why]))
         return true;
-    xfmsgs("..... " + head + "; SSAVE or FFILE writes it anyway", 1);
+    xfmsgs("..... " + xfbaseof(path) + ": " + what[why] + "; SSAVE writes it anyway", 1);
     return false;
 }
 

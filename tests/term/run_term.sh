@@ -28,6 +28,8 @@
 #   resume                brings a stopped editor back to the foreground
 #   ended                 waits until the editor has ended
 #   rc N                  the editor ended with status N
+#   shell COMMAND         runs COMMAND with bash in the work folder, as another
+#                         program would change the files behind the editor
 #   file NAME EXPECTED    the work file NAME equals the case file EXPECTED
 #   exists NAME           the work file NAME exists
 #
@@ -152,6 +154,7 @@ EOS
       until_ok 'cmp -s "$work/$name" "$case_dir/$expected"' ||
         fail "$(diff -u "$case_dir/$expected" "$work/$name" 2>&1)"
       ;;
+    shell) (cd "$work" && bash -c "$rest") || fail "the command failed" ;;
     exists) until_ok '[ -e "$work/$rest" ]' || fail "no file $rest in: $(ls -A "$work")" ;;
     *) fail "unknown step" ;;
   esac

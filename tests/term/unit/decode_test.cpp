@@ -250,3 +250,21 @@ TEST(TermColours, PaletteEntriesGoToTheNearestTerminalColour) {
 }
 
 }  // namespace
+
+// A title is shown as it is when it is plain text, UTF-8 included; anything
+// a terminal would act on comes out escaped, so a file name cannot set the
+// title, move the cursor or clear the screen.
+TEST(TitleText, ControlsComeOutEscaped) {
+  EXPECT_EQ(tk_title_text("notes.txt  - VORTA"), "notes.txt  - VORTA");
+  EXPECT_EQ(tk_title_text("caf\xc3\xa9 \xe6\x97\xa5\xe6\x9c\xac"), "caf\xc3\xa9 \xe6\x97\xa5\xe6\x9c\xac");
+  EXPECT_EQ(tk_title_text("a\x1b]2;x\x07" "b"), "a^[]2;x^Gb");
+  EXPECT_EQ(tk_title_text(std::string("nul\0end", 7)), "nul^@end");
+  EXPECT_EQ(tk_title_text("del\x7f"), "del^?");
+  // C1 controls: as UTF-8 (U+009B) and as a bare byte, which some
+  // terminals take as the start of a sequence.
+  EXPECT_EQ(tk_title_text("x\xc2\x9b" "2J"), "x\\x9B2J");
+  EXPECT_EQ(tk_title_text("x\x9b" "2J"), "x\\x9B2J");
+  // Truncated and overlong sequences are bytes, not characters.
+  EXPECT_EQ(tk_title_text("end\xe6\x97"), "end\\xE6\\x97");
+  EXPECT_EQ(tk_title_text("\xc0\xaf"), "\\xC0\\xAF");
+}

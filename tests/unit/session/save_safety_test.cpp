@@ -158,6 +158,19 @@ TEST_F(Save, CopiesAreNeverMoreOpenThanTheFile)
     EXPECT_EQ(slurp(path("f.txt%")), "secret 2\n");
 }
 
+TEST_F(Save, ReloadBackupKeepsTheFilesMode)
+{
+    load("as loaded\n");
+    chmod(path("f.txt").c_str(), 0600);
+    spit(path("f.txt"), "their text\n");
+    ASSERT_TRUE(xfreload_all());
+    EXPECT_EQ(xf->lines[0].len, 10) << "the new text is in";
+    EXPECT_EQ(slurp(path("f.txt%")), "as loaded\n");
+    struct stat st;
+    ASSERT_EQ(stat(path("f.txt%").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+}
+
 TEST_F(Save, PlantedLinksAreReplacedNotFollowed)
 {
     spit(path("victim"), "precious\n");
