@@ -149,6 +149,10 @@ std::string_view xfword(std::string_view &rest); // next blank-delimited word
 std::string_view xftrim(std::string_view s);
 bool xfnumber(std::string_view s, long &out);     // whole decimal number
 bool xfcount(const xfcmd &c, long &n); // optional count of 1 or more; false after message 16
+// The same for a count of lines to add to the bound file: one that would
+// take it past the line limit is refused the same way, before any memory is
+// asked for.
+bool xfcount_lines(const xfcmd &c, long &n);
 
 // Lets a test replace the command table's "not implemented" handler lookup.
 int xfcm_notimpl(const xfcmd &c);

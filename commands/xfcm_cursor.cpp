@@ -163,7 +163,7 @@ int shift_view(const xfcmd &c, int dir)
     if (!xf || !xfcount(c, n))
         return 1;
     int32_t &first = xv->perfile[(size_t)xfidx].verify[0];
-    first = (int32_t)std::max<long>(1, first + dir * n);
+    first = (int32_t)std::clamp<long>(first + dir * n, 1, xfmax_cols);
     return 1;
 }
 

@@ -62,7 +62,7 @@ int xfcm_add(const xfcmd &c)
     if (!xf)
         return 1;
     long n;
-    if (!xfcount(c, n))
+    if (!xfcount_lines(c, n))
         return 1;
     xfadd(curline(), (int32_t)n, 1);
     return 1;

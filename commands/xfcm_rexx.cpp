@@ -10,6 +10,8 @@ namespace {
 
 int vorta_env(const char *cmd, size_t len, void *, bool *)
 {
+    // Each command a macro issues is an undo step of its own, as if typed.
+    xfopen_groups();
     xfcmdline_given(std::string_view(cmd, len));
     return cmd_rc;
 }

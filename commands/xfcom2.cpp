@@ -481,6 +481,18 @@ bool xfcount(const xfcmd &c, long &n)
     return true;
 }
 
+bool xfcount_lines(const xfcmd &c, long &n)
+{
+    if (!xfcount(c, n))
+        return false;
+    if (n > xfmax_lines - (long)xf->nbli()) {
+        xfmsg(16, 1);
+        cmd_rc = 5;
+        return false;
+    }
+    return true;
+}
+
 bool xfnumber(std::string_view s, long &out)
 {
     s = xftrim(s);

@@ -118,6 +118,10 @@ struct xftextblock {
 };
 void xftext_free(char *text);      // free a line's text, wherever it lives
 
+// The limits of a file: its lines, and a line's bytes (so its columns).
+constexpr int32_t xfmax_lines = 2147483646;
+constexpr int32_t xfmax_cols = 2147483646;
+
 // ---------------------------------------------------------------------------
 // The file record.
 struct xfile {
@@ -251,6 +255,7 @@ int xfpoint_find(std::string_view name); // index in xf->points or -1
 void xfpoint_set(std::string_view name, int32_t li);
 void xfclearundo(xfile *f);
 void xfclearredo(xfile *f);
+void xfopen_groups(); // the next change of every file starts an undo group: one a command
 
 // The ring.
 int xfnewfile();                    // new record at the end, bound; its index

@@ -14,10 +14,9 @@ std::string autosave_dir = "./";
 void xfcycle_begin()
 {
     chg_snapshot.resize(files.size());
-    for (size_t i = 0; i < files.size(); i++) {
+    for (size_t i = 0; i < files.size(); i++)
         chg_snapshot[i] = files[i]->chgcount;
-        files[i]->group_open = 1;
-    }
+    xfopen_groups();
 }
 
 void xfcycle_end()

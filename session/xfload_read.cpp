@@ -25,8 +25,8 @@ unsigned char writetab[256];
 
 namespace {
 
-constexpr int32_t max_lines = 2147483646;  // lines a file may have
-constexpr int64_t max_linelen = 2147483646; // bytes a line may have
+constexpr int32_t max_lines = xfmax_lines;  // lines a file may have
+constexpr int64_t max_linelen = xfmax_cols; // bytes a line may have
 constexpr int32_t est_cap = 100000000;     // the estimate stops doubling here
 
 // Every block that line texts point into, for xftext_free.

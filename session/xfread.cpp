@@ -78,8 +78,7 @@ void read_cursor()
     int id, line, col;
     asqcur(1, &id, &line, &col);
     where w = locate_field(id);
-    for (xfile *f : files)
-        f->group_open = 1;
+    xfopen_groups();
     ptcu = xfcursor{};
     ptcu.ec = w.view < 0 ? xvidx : w.view;
     if (w.view >= 0 && w.view != xvidx)
@@ -370,8 +369,7 @@ namespace {
 // Takes the one command of this turn and runs it.
 void xfcom()
 {
-    for (xfile *f : files)
-        f->group_open = 1; // the command is an undo group of its own
+    xfopen_groups(); // the command is an undo group of its own
     std::string text;
     if (xfnext_queued(text)) {
         cmd_source = 2;

@@ -153,7 +153,7 @@ void xfcheckroom(int32_t extra)
 {
     int64_t want = (int64_t)xf->nbli() + extra;
     if (want > 2147483647) {
-        if (xf->nbli() >= 2147483646)
+        if (xf->nbli() >= xfmax_lines)
             xfnomem(0, 1);
         want = 2147483647;
     }

@@ -103,6 +103,12 @@ bool xf_undo()
     return true;
 }
 
+void xfopen_groups()
+{
+    for (xfile *f : files)
+        f->group_open = 1;
+}
+
 bool xf_redo()
 {
     if (!xf || xf->journal.redo.empty())
