@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <strings.h>
 
 rx_numeric_t rx_numeric;
@@ -59,6 +60,11 @@ value& value::operator=(value&& o) noexcept {
   return *this;
 }
 
+void rx_nomem() {
+  if (std::new_handler h = std::get_new_handler()) h();
+  throw std::bad_alloc();
+}
+
 char* value::make_str(size_t n) {
   if (val_type != VAL_STR) {
     val_type = VAL_STR;
@@ -74,7 +80,12 @@ char* value::make_str(size_t n) {
     if (val_cap) free(val_text);
     size_t cap = n + 1 + n / 4;
     val_text = (char*)malloc(cap);
-    if (!val_text) abort();
+    if (!val_text) {
+      val_text = val_small; // the record stays whole for whoever unwinds it
+      val_cap = val_len = 0;
+      val_small[0] = 0;
+      rx_nomem();
+    }
     val_cap = (int32_t)cap;
   }
   val_len = (int32_t)n;
@@ -106,7 +117,7 @@ void value::append(const char* s, size_t n) {
   } else {
     size_t cap = need + 1 + need / 2;
     char* p = (char*)malloc(cap);
-    if (!p) abort();
+    if (!p) rx_nomem();
     memcpy(p, val_text, old);
     memcpy(p + old, s, n);  // s may be our own text: copy before freeing it
     if (val_cap) free(val_text);

@@ -64,6 +64,13 @@ struct value {
   void take(value& o) noexcept;
 };
 
+// ---- memory ------------------------------------------------------------------
+
+// A failed allocation of the interpreter's own blocks goes where one of `new`
+// goes: the program's out-of-memory path when it set one (the editor's saves
+// the changed files), else std::bad_alloc, which ends the run with error 5.
+[[noreturn]] void rx_nomem();
+
 // ---- NUMERIC settings ------------------------------------------------------
 
 struct rx_numeric_t {

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include "rexx/value.h"
@@ -252,3 +253,32 @@ TEST(ValueNumeric, DigitsFuzzForm) {
 }
 
 }  // namespace
+
+// A block the interpreter cannot get goes to the program's out-of-memory
+// path (here a handler that records the call), or ends the run through
+// std::bad_alloc when there is none; the value stays whole either way.
+namespace {
+int nomem_calls = 0;
+struct nomem_tag {};
+void count_nomem() {
+  nomem_calls++;
+  throw nomem_tag{};
+}
+}  // namespace
+
+TEST(ValueMemory, AFailedBlockTakesTheOutOfMemoryPath) {
+  const size_t huge = (size_t)1 << 62;  // no machine gives this much
+  value v("short", 5);
+  std::new_handler old = std::set_new_handler(count_nomem);
+  EXPECT_THROW(v.make_str(huge), nomem_tag);
+  EXPECT_EQ(nomem_calls, 1);
+  value w(std::string(100, 'w'));
+  EXPECT_THROW(w.append("x", huge), nomem_tag);
+  EXPECT_EQ(nomem_calls, 2);
+  EXPECT_EQ(w.val_len, 100) << "the value is as it was";
+  std::set_new_handler(nullptr);
+  EXPECT_THROW(v.make_str(huge), std::bad_alloc);
+  v.set_str("again", 5);  // still usable after the failure
+  EXPECT_EQ(std::string(v.val_text, (size_t)v.val_len), "again");
+  std::set_new_handler(old);
+}
