@@ -30,6 +30,9 @@ int pl_write_all(int fd, const void *data, size_t n);
 // of ours that only we can enter.
 std::string pl_state_dir(const std::string &sub);
 
+// The SHA-256 digest of `data` in 64 lower-case hexadecimal digits.
+std::string pl_sha256(const std::string &data);
+
 // ---- requests from outside to end ---------------------------------------------
 
 // Hang-up, terminate, interrupt, quit and the two user signals: the handler

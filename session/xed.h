@@ -366,6 +366,10 @@ int xfautosave(int index);
 
 // Recovery.
 void xfnomem_save(int reason);     // the ".check" save of xfnomem
+// Whether code found in `path` (a profile or a reprofile macro of the current
+// folder) may run: a trusted folder, or the user's word, asked on the page;
+// otherwise one line says how to trust it.
+bool xftrusted(const std::string &path);
 void xfendsig_install();          // outside signals end the run through the rescue
 void xfendsig_point();            // a safe point: rescues and ends when such a signal came
 void xfendsig_rescue();           // the rescue of that end, once

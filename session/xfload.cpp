@@ -140,6 +140,9 @@ void run_reprofile()
 {
     for (auto &m : rexx_macros)
         if (m.name == "reprofile") {
+            // One from the folder we started in is the folder's, not the user's.
+            if (xfdirof(m.path) == xfdirof(startdir + "/x") && !xftrusted(m.path))
+                return;
             xfcom2("macro reprofile");
             return;
         }

@@ -284,6 +284,10 @@ void xfprofile(const std::string &asked, const std::vector<std::string> &argv)
         struct stat st;
         if (stat(t.c_str(), &st) != 0 || S_ISDIR(st.st_mode))
             continue;
+        // The default profile of the current folder is the folder's, not
+        // the user's: it runs only where the user trusts it.
+        if (asked.empty() && &t == &tries[0] && !xftrusted(t))
+            continue;
         xfcmdline("hash " + t);
         size_t s = t.rfind('/');
         std::string base = s == std::string::npos ? t : t.substr(s + 1);

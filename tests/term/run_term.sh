@@ -9,6 +9,8 @@
 #
 #   size ROWS COLS        the pane's size for the start (default 24 80)
 #   term NAME             TERM for the start (default tmux-256color)
+#   home DIR              HOME for the next starts: DIR inside the work folder
+#                         (default the work folder itself)
 #   start ARGS...         starts `xed -np ARGS` in the work folder
 #   keys KEY...           tmux key names (Enter, F3, S-F1, PageDown, C-a, ...)
 #   type TEXT             TEXT typed as it stands
@@ -55,6 +57,7 @@ done
 term=tmux-256color
 infocmp "$term" >/dev/null 2>&1 || term=screen-256color
 rows=24 cols=80
+home=
 fail() {
   echo "FAILED at line $n: $line"
   echo "$*"
@@ -90,13 +93,14 @@ while IFS= read -r line || [ -n "$line" ]; do
   case "$verb" in
     size) read -r rows cols <<<"$rest" ;;
     term) term=$rest ;;
+    home) home=/$rest; mkdir -p "$work$home" ;;
     start)
       # A job-control shell, so that a stopped editor can be brought back:
       # while .stopped exists the editor is stopped; removing it resumes.
       cat >"$work/.run" <<EOS
 set -m
 cd '$work'
-env TERM=$term LANG=C.UTF-8 HOME='$work' XDG_CONFIG_HOME='$work/.config' XDG_DATA_HOME='$work/.local' '$xed' -np $rest
+env TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state' '$xed' -np $rest
 rc=\$?
 while [ \$rc -gt 128 ] && [ -n "\$(jobs -s)" ]; do
   touch .stopped
