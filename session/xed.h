@@ -268,6 +268,7 @@ int xfnextfile();
 void xfdelfile();
 void xfsortring(int from, int to);
 void xfsession_reset();             // empty ring, one view (tests and start-up)
+void xfsession_end();               // the ring and the views freed: the session is over
 std::string xfext(std::string_view name); // text after the last '.', or ""
 
 // Hooks that later subsystems fill; null does nothing.

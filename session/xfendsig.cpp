@@ -69,5 +69,6 @@ void xfendsig_point()
         p->wait(0);
     xfendsig_rescue();
     std::fflush(stdout);
+    xfsession_end();
     std::exit(128 + sig);
 }

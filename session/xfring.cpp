@@ -259,7 +259,7 @@ void xfsortring(int from, int to)
     xfsetfile(xfidx >= 0 ? map(xfidx) : -1);
 }
 
-void xfsession_reset()
+void xfsession_end()
 {
     while (!files.empty()) {
         xfsetfile(nbfiles() - 1);
@@ -268,6 +268,13 @@ void xfsession_reset()
     for (xview *v : views)
         delete v;
     views.clear();
+    xv = nullptr;
+    xvidx = -1;
+}
+
+void xfsession_reset()
+{
+    xfsession_end();
     views.push_back(new xview);
     xfsetview(0);
     next_fileid = 0;

@@ -361,7 +361,7 @@ void save_batch_messages()
 
 // A batch run in which a save failed ends with status 1 and says so; what it
 // could not save is kept as a ".check" copy rather than dropped at the end.
-[[noreturn]] void batch_failed()
+int batch_failed()
 {
     std::fprintf(stderr, "vorta: %d save%s failed\n", save_failures, save_failures == 1 ? "" : "s");
     for (int i = 0; i < nbfiles(); i++) {
@@ -374,7 +374,7 @@ void save_batch_messages()
         else
             std::fprintf(stderr, "vorta: changes to %s lost: no copy could be written\n", xf->fname.c_str());
     }
-    std::exit(1);
+    return 1;
 }
 
 } // namespace
@@ -384,9 +384,9 @@ void xfexit(int code)
     (void)code; // the status through this route is 0, unless a batch lost a save
     xfendsig_point(); // a signal that came last still has its rescue
     std::fflush(stdout);
-    if (batch && save_failures > 0)
-        batch_failed();
-    std::exit(0);
+    int status = batch && save_failures > 0 ? batch_failed() : 0;
+    xfsession_end();
+    std::exit(status);
 }
 
 int xfmain(int argc, char **argv)

@@ -31,6 +31,8 @@ struct EditorTest : ::testing::Test {
         }
     }
 
+    void TearDown() override { xfsession_end(); }
+
     // A new file holding the given lines, bound and shown in view 0.
     int file(const std::vector<std::string> &lines, const char *name = "/tmp/t.txt")
     {

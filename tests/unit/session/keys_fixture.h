@@ -14,7 +14,11 @@ struct KeysTest : EditorTest {
         file({});
         cmd_rc = 0;
     }
-    void TearDown() override { batch = false; }
+    void TearDown() override
+    {
+        batch = false;
+        EditorTest::TearDown();
+    }
 
     // Runs "SET <text>" as a typed command would.
     int set(const std::string &text)
