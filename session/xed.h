@@ -118,6 +118,19 @@ struct xftextblock {
 };
 void xftext_free(char *text);      // free a line's text, wherever it lives
 
+// Columns of a line's text: a character of a UTF-8 file, a byte of any
+// other. Offsets and columns count from 0; past the text's end every column
+// is one blank byte.
+int32_t xfcol_len(const char *t, int32_t n, bool utf8);               // columns of the text
+int32_t xfcol_off(const char *t, int32_t n, int32_t col, bool utf8);  // byte offset of a column
+int32_t xfcol_at(const char *t, int32_t n, int32_t off, bool utf8);   // column of a byte offset
+// The character at byte `off` (a stray byte stands for itself), and where
+// the next one starts: the step of a walk along a line.
+uint32_t xfcol_char(const char *t, int32_t n, int32_t off, int32_t &next, bool utf8);
+int xfcol_width(uint32_t cp); // terminal cells a character takes: 0, 1 or 2
+// Whether the bytes are well-formed UTF-8; `high` tells whether any is past ASCII.
+bool xfutf8_text(const char *t, size_t n, bool &high);
+
 // The limits of a file: its lines, and a line's bytes (so its columns).
 constexpr int32_t xfmax_lines = 2147483646;
 constexpr int32_t xfmax_cols = 2147483646;
