@@ -132,7 +132,6 @@ int run_command_file(xfmacro &m, std::string_view line)
     std::vector<std::string> lines = m.lines;
     cmd_rc = 0;
     for (auto &l : lines) {
-        xfopen_groups(); // each line of a command file is an undo step
         xfcmdline(l);
         if (cmd_rc != 0)
             break;

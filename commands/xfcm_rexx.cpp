@@ -10,8 +10,6 @@ namespace {
 
 int vorta_env(const char *cmd, size_t len, void *, bool *)
 {
-    // Each command a macro issues is an undo step of its own, as if typed.
-    xfopen_groups();
     xfcmdline_given(std::string_view(cmd, len));
     return cmd_rc;
 }
@@ -27,5 +25,8 @@ int run_macro(const std::string &path, std::string_view rest)
 void xfrexx_init()
 {
     rx_env_register("VORTA", vorta_env, nullptr, true);
+    // A macro that exhausts memory ends the session the way any other
+    // allocation does: the changed files are kept as ".check" copies.
+    rx_nomem_hook = [](size_t size) { xfnomem(size, 0); };
     xfrexx_hook = run_macro;
 }

@@ -251,9 +251,16 @@ int xfcmdline(std::string_view line, int ctx1, int ctx2)
 {
     if (line.empty())
         return 0;
+    // Every command of the line, whoever issued it (the user, a key, a
+    // macro, a command file), is an undo step of its own: UNDo takes back
+    // one of them, and a change after an UNDo forfeits the redo list.
+    auto one = [&](std::string_view cmd) {
+        xfopen_groups();
+        return xfcom2(cmd, ctx1, ctx2);
+    };
     std::string_view s = skip_blanks(line);
     if (!splittable(s))
-        return xfcom2(s, ctx1, ctx2);
+        return one(s);
     for (;;) {
         s = skip_blanks(s);
         if (!splittable(s))
@@ -261,10 +268,10 @@ int xfcmdline(std::string_view line, int ctx1, int ctx2)
         size_t p = s.find(linend_char);
         if (p == std::string_view::npos)
             break;
-        xfcom2(s.substr(0, p), ctx1, ctx2);
+        one(s.substr(0, p));
         s.remove_prefix(p + 1);
     }
-    int r = xfcom2(s, ctx1, ctx2);
+    int r = one(s);
     if (r != 0)
         xfqueue_clear();
     return r;

@@ -62,6 +62,12 @@ bool rx_running();
 // The editor's event poll, called every 20 clauses; null for none.
 extern void (*rx_poll_hook)();
 
+// The program's out-of-memory path, given the size of the block the
+// interpreter could not get; it should not return (the editor's saves the
+// changed files and ends the process). Null, or when it returns: the run
+// ends with error 5.
+extern void (*rx_nomem_hook)(size_t size);
+
 // Asks the running macro to stop at its next clause: the HALT condition
 // when trapped, else error 4. Safe to call from a signal handler.
 void rx_request_halt();

@@ -2,6 +2,8 @@
 // numbers in the same slot; the NUMERIC settings and the current error.
 #include "rexx/value.h"
 
+#include "rexx/run.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -60,8 +62,10 @@ value& value::operator=(value&& o) noexcept {
   return *this;
 }
 
-void rx_nomem() {
-  if (std::new_handler h = std::get_new_handler()) h();
+void (*rx_nomem_hook)(size_t size) = nullptr;
+
+void rx_nomem(size_t size) {
+  if (rx_nomem_hook) rx_nomem_hook(size);
   throw std::bad_alloc();
 }
 
@@ -84,7 +88,7 @@ char* value::make_str(size_t n) {
       val_text = val_small; // the record stays whole for whoever unwinds it
       val_cap = val_len = 0;
       val_small[0] = 0;
-      rx_nomem();
+      rx_nomem(cap);
     }
     val_cap = (int32_t)cap;
   }
@@ -117,7 +121,7 @@ void value::append(const char* s, size_t n) {
   } else {
     size_t cap = need + 1 + need / 2;
     char* p = (char*)malloc(cap);
-    if (!p) rx_nomem();
+    if (!p) rx_nomem(cap);
     memcpy(p, val_text, old);
     memcpy(p + old, s, n);  // s may be our own text: copy before freeing it
     if (val_cap) free(val_text);

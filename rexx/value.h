@@ -66,10 +66,10 @@ struct value {
 
 // ---- memory ------------------------------------------------------------------
 
-// A failed allocation of the interpreter's own blocks goes where one of `new`
-// goes: the program's out-of-memory path when it set one (the editor's saves
-// the changed files), else std::bad_alloc, which ends the run with error 5.
-[[noreturn]] void rx_nomem();
+// A block of `size` bytes the interpreter could not get: rx_nomem_hook (see
+// run.h) when the program set one, else std::bad_alloc, which ends the run
+// with error 5.
+[[noreturn]] void rx_nomem(size_t size);
 
 // ---- NUMERIC settings ------------------------------------------------------
 

@@ -29,7 +29,7 @@ uint64_t wide_hash(const char* name, size_t len) {
 void grow(var_frame* f) {
   uint32_t cap = f->cap ? f->cap * 2 : 16;
   var_slot* slots = (var_slot*)calloc(cap, sizeof(var_slot));
-  if (!slots) rx_nomem();
+  if (!slots) rx_nomem((size_t)cap * sizeof(var_slot));
   for (uint32_t i = 0; i < f->cap; i++) {
     if (!f->slots[i].entry) continue;
     uint32_t k = (uint32_t)f->slots[i].hash & (cap - 1);
@@ -103,8 +103,9 @@ bool array_takes(const var_stem* st, uint32_t n) {
 }
 
 var_entry* new_entry(var_frame* f, const char* name, size_t len) {
-  void* mem = malloc(sizeof(var_entry) + len + 1);
-  if (!mem) rx_nomem();
+  size_t size = sizeof(var_entry) + len + 1;
+  void* mem = malloc(size);
+  if (!mem) rx_nomem(size);
   var_entry* e = new (mem) var_entry{};
   e->var_name = (char*)(e + 1);
   memcpy(e->var_name, name, len);

@@ -6,9 +6,13 @@
 #   name.in     standard input (default: empty)
 #   name.args   arguments, one a line
 #   name.rc     expected exit status (default 0, or unchecked when name.err exists)
+# In a build with the sanitizers any report of theirs fails the program
+# (tests/sanitizer_reports.sh).
 set -u
 molba=$1
 prog=$2
+. "$(dirname "$0")/../sanitizer_reports.sh"
+san_watch
 dir=$(dirname "$prog")
 base=$(basename "$prog" .rexx)
 stem="$dir/$base"
@@ -36,6 +40,7 @@ fi
 if [ -f "$stem.err" ]; then
   diff -u --label "expected stderr" --label "actual stderr" "$stem.err" "$work/stderr" || fail=1
 fi
+san_check || fail=1
 if [ $fail -ne 0 ]; then
   echo "--- stderr:"; head -c 4000 "$work/stderr"
   echo "work folder kept: $work"

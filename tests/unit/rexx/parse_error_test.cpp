@@ -147,7 +147,7 @@ TEST(ParseErrors, OddInputsFailCleanlyOrParse)
 
 TEST(ParseErrors, ExhaustedMemoryIsError62)
 {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(XED_SANITIZED)
   GTEST_SKIP() << "the address sanitizer needs more address space than the limit leaves";
 #else
   // In a child: with the address space capped, a large program cannot be
@@ -255,7 +255,7 @@ TEST(ParsePerformance, TimeGrowsLinearlyWithTheProgram)
   // Four times the text: a linear parser takes about four times as long, a
   // quadratic one sixteen. The bound leaves room for a busy machine.
   EXPECT_LT(large, small * 10 + 0.05);
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(XED_SANITIZED)
   EXPECT_LT(large, 2.0);  // about 0.4 s
 #endif
 }

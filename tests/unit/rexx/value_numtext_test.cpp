@@ -10,6 +10,7 @@
 #include <new>
 #include <string>
 
+#include "rexx/run.h"
 #include "rexx/value.h"
 
 namespace {
@@ -255,13 +256,15 @@ TEST(ValueNumeric, DigitsFuzzForm) {
 }  // namespace
 
 // A block the interpreter cannot get goes to the program's out-of-memory
-// path (here a handler that records the call), or ends the run through
-// std::bad_alloc when there is none; the value stays whole either way.
+// path (here a hook that records the size asked for), or ends the run
+// through std::bad_alloc when there is none; the value stays whole either way.
 namespace {
 int nomem_calls = 0;
+size_t nomem_size = 0;
 struct nomem_tag {};
-void count_nomem() {
+void count_nomem(size_t size) {
   nomem_calls++;
+  nomem_size = size;
   throw nomem_tag{};
 }
 }  // namespace
@@ -269,16 +272,17 @@ void count_nomem() {
 TEST(ValueMemory, AFailedBlockTakesTheOutOfMemoryPath) {
   const size_t huge = (size_t)1 << 62;  // no machine gives this much
   value v("short", 5);
-  std::new_handler old = std::set_new_handler(count_nomem);
+  rx_nomem_hook = count_nomem;
   EXPECT_THROW(v.make_str(huge), nomem_tag);
   EXPECT_EQ(nomem_calls, 1);
+  EXPECT_GT(nomem_size, huge) << "the size of the block asked for, its slack included";
   value w(std::string(100, 'w'));
   EXPECT_THROW(w.append("x", huge), nomem_tag);
   EXPECT_EQ(nomem_calls, 2);
+  EXPECT_GT(nomem_size, huge + 100);
   EXPECT_EQ(w.val_len, 100) << "the value is as it was";
-  std::set_new_handler(nullptr);
+  rx_nomem_hook = nullptr;
   EXPECT_THROW(v.make_str(huge), std::bad_alloc);
   v.set_str("again", 5);  // still usable after the failure
   EXPECT_EQ(std::string(v.val_text, (size_t)v.val_len), "again");
-  std::set_new_handler(old);
 }

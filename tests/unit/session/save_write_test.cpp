@@ -309,7 +309,7 @@ TEST_F(Save, AutosaveCommand)
 // every changed file must be found again as ".check" with all its changes.
 TEST_F(Save, OutOfMemoryLeavesCheckCopies)
 {
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(XED_SANITIZED)
     GTEST_SKIP() << "the address sanitizer needs more address space than the limit leaves";
 #endif
     load("a1\na2\n", "a.txt");
