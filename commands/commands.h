@@ -119,6 +119,11 @@ extern std::string last_message;             // copy of the last message shown
 // "..... <key> <what>" and the answer is yes when the same key comes again.
 // False at once when the command did not come from a key on a page.
 bool xfconfirm_key(const std::string &what);
+// The page's way of asking: `question` on the message line, then one read;
+// `aid` and `aid_value` hold the answer. With `onekey` any key answers, a
+// typed character included (AS_ONEKEY), and nothing is typed. False at once
+// where no page can be asked: in batch, or before any screen exists.
+bool xfask(const std::string &question, bool onekey);
 
 // ---------------------------------------------------------------------------
 // Macros and command files.

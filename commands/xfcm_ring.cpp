@@ -92,15 +92,25 @@ void bind_other(int k)
 
 } // namespace
 
+bool xfask(const std::string &question, bool onekey)
+{
+    if (batch || !fs_layer())
+        return false;
+    xfmsgs(question, 2);
+    xfdisplay();
+    asfonekey(onekey);
+    xfread(0);
+    asfonekey(0);
+    return true;
+}
+
 bool xfconfirm_key(const std::string &what)
 {
-    if (batch || cmd_source != 1 || !fs_layer())
+    if (cmd_source != 1)
         return false;
     int code = aid, value = aid_value;
-    xfmsgs("..... " + key_name(code, value) + " " + what, 2);
-    xfdisplay();
-    xfread(0);
-    return aid == code && aid_value == value;
+    return xfask("..... " + key_name(code, value) + " " + what, false) && aid == code &&
+           aid_value == value;
 }
 
 int xfcm_quit(const xfcmd &c)

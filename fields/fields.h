@@ -218,6 +218,11 @@ void asfinsert(int on);       // insert mode
 void asfreverse(int on);      // reverse direction
 int asqinsert();
 void asfreports(int paint, int focus, int moves);  // codes 29, 42, 673 wanted
+// While on, a read ends at the next key pressed, whatever the key, with code
+// AS_ONEKEY: nothing is typed and the cursor stays. Its value is the
+// printable character the key types with no Ctrl or Alt, else 0.
+void asfonekey(int on);
+constexpr int AS_ONEKEY = 69;
 
 extern int as_delkey;       // code of the delete-character key
 extern int as_bskey;        // code of the backspace key

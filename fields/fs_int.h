@@ -70,6 +70,7 @@ struct fs_state {
   int curs_col = 0;                 // cursor bar last drawn
   // switches
   int up = 0;                       // report function key releases
+  int onekey = 0;                   // any key pressed ends the read (AS_ONEKEY)
   int upm = 0;                      // report mouse button releases
   int skip = 0;                     // arrows skip unusable cells
   int int2 = 1;                     // draw intensity 2 twice

@@ -315,6 +315,13 @@ int dispatch(const fs_event &e, int ch, int *value) {
     default:
       break;
   }
+  if (fs.onekey && !rel && !button(code) && code != FSK_MOVE && code != FSK_DRAG &&
+      code != FSK_WHEELUP && code != FSK_WHEELDOWN) {
+    int c = ch >= 0 ? ch : code;
+    bool printable = code < 256 && code != as_delkey && code != as_bskey && c >= 32 && c != 127;
+    *value = printable && !ctrld(e) && !altd(e) ? c : 0;
+    return AS_ONEKEY;
+  }
   bool arrow = code == FSK_UP || code == FSK_DOWN || code == FSK_LEFT || code == FSK_RIGHT;
   bool mods = shiftd(e) || ctrld(e) || altd(e);
   if (arrow && (!mods || (code == FSK_RIGHT && as_shiftright && shiftd(e) && !ctrld(e) && !altd(e)))) {
@@ -639,6 +646,7 @@ void aspost43(int number) {
 }
 void aspend() { fs.pending = true; }
 void asfkeepmod(int on) { fs.keepmod = on != 0; }
+void asfonekey(int on) { fs.onekey = on != 0; }
 void asfinsert(int on) { fs.insert = on != 0; }
 void asfreverse(int on) { fs.reverse = on != 0; }
 int asqinsert() { return fs.insert; }

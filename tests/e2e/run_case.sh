@@ -19,10 +19,15 @@
 #   status  expected exit status (default 0)
 #   files   lines "path" that must exist afterwards, "!path" that must not
 #   expect/ files that must be in the work folder afterwards with this content
-# On failure the differences are printed and the work folder is kept.
+# In the expected texts, @WORK@ stands for the work folder's real path.
+# On failure the differences are printed and the work folder is kept. In a
+# build with the sanitizers any report of theirs fails the case
+# (tests/sanitizer_reports.sh).
 set -u
 xed=$1
 case_dir=$2
+. "$(dirname "$0")/../sanitizer_reports.sh"
+san_watch
 work=$(mktemp -d "${TMPDIR:-/tmp}/xed-e2e.XXXXXX")
 mkdir -p "$work/home"
 name=file
@@ -48,7 +53,8 @@ else
   { [ -f "$case_dir/in" ] || [ -f "$case_dir/gen" ]; } && args+=("$name")
 fi
 
-envs=(HOME="$work/home" XDG_DATA_HOME="$work/home/.local/share" XDG_CONFIG_HOME="$work/home/.config")
+envs=(HOME="$work/home" XDG_DATA_HOME="$work/home/.local/share" XDG_CONFIG_HOME="$work/home/.config"
+  XDG_STATE_HOME="$work/home/.local/state")
 if [ -f "$case_dir/env" ]; then
   while IFS= read -r line || [ -n "$line" ]; do [ -n "$line" ] && envs+=("$line"); done < "$case_dir/env"
 fi
@@ -57,8 +63,11 @@ fi
 rc=$?
 
 fail=0
+real_work=$(cd "$work" && pwd -P)
 check() {   # expected-file actual-file label
-  if ! diff -u --label "expected $3" --label "actual $3" "$1" "$2"; then fail=1; fi
+  if ! diff -u --label "expected $3" --label "actual $3" <(sed "s|@WORK@|$real_work|g" "$1") "$2"; then
+    fail=1
+  fi
 }
 want=0
 [ -f "$case_dir/status" ] && want=$(head -n1 "$case_dir/status")
@@ -89,6 +98,7 @@ if [ -d "$case_dir/expect" ]; then
     if [ -f "$work/$rel" ]; then check "$f" "$work/$rel" "$rel"; else echo "file $rel is missing"; fail=1; fi
   done < <(find "$case_dir/expect" -type f | sort)
 fi
+san_check || fail=1
 if [ $fail -ne 0 ]; then
   echo "--- stderr of the run:"; head -c 4000 "$work/.stderr"
   echo "work folder kept: $work"

@@ -11,7 +11,10 @@
 #   term NAME             TERM for the start (default tmux-256color)
 #   home DIR              HOME for the next starts: DIR inside the work folder
 #                         (default the work folder itself)
-#   start ARGS...         starts `xed -np ARGS` in the work folder
+#   profile on|off        whether the next starts look for a profile (default
+#                         off: they pass -np)
+#   start ARGS...         starts `xed -np ARGS` in the work folder (`xed ARGS`
+#                         after `profile on`)
 #   keys KEY...           tmux key names (Enter, F3, S-F1, PageDown, C-a, ...)
 #   type TEXT             TEXT typed as it stands
 #   raw HEX...            bytes sent as they are (escape sequences)
@@ -36,16 +39,20 @@
 #   exists NAME           the work file NAME exists
 #
 # Every wait gives up after a few seconds. Exit 0 passed, 1 failed, 77 when
-# tmux is missing.
+# tmux is missing. At the end an editor still running is hung up and seen to
+# end; in a build with the sanitizers any report of theirs fails the case
+# (tests/sanitizer_reports.sh).
 set -u
 xed=$(realpath "$1")
 case_dir=$2
 command -v tmux >/dev/null || { echo "SKIP: tmux is not installed"; exit 77; }
+. "$(dirname "$0")/../sanitizer_reports.sh"
+san_watch
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/xedterm.XXXXXX")
 sock="xedterm$$"
 t() { tmux -L "$sock" -f /dev/null "$@"; }
-cleanup() { t kill-server >/dev/null 2>&1; }
+cleanup() { end_editors; t kill-server >/dev/null 2>&1; }
 trap cleanup EXIT
 
 for f in "$case_dir"/*; do
@@ -58,6 +65,7 @@ term=tmux-256color
 infocmp "$term" >/dev/null 2>&1 || term=screen-256color
 rows=24 cols=80
 home=
+np=-np
 fail() {
   echo "FAILED at line $n: $line"
   echo "$*"
@@ -82,6 +90,27 @@ until_ok() {
 }
 
 editor_pid() { pgrep -P "$(t display -p -t x '#{pane_pid}' 2>/dev/null)" -f "$xed" | head -1; }
+editors=() # every editor started, to see them end
+
+# Whether the editor of that process number is there and not a zombie.
+running() {
+  local s
+  s=$(ps -o stat=,args= -p "$1" 2>/dev/null) || return 1
+  [[ $s != Z* && $s == *"$xed"* ]]
+}
+
+# Editors still running are hung up, as by their terminal's shell, and seen
+# to end before the terminal goes: a sanitizer build looks for leaks as the
+# program ends, stopping it meanwhile, and a SIGCONT from its process group
+# being orphaned in that moment would leave it spinning.
+end_editors() {
+  local p
+  for p in "${editors[@]}"; do
+    [ -n "$p" ] || continue
+    running "$p" && kill -HUP "$p" && kill -CONT "$p"
+    until_ok '! running "$p"' || return 1
+  done
+}
 
 n=0
 while IFS= read -r line || [ -n "$line" ]; do
@@ -94,13 +123,14 @@ while IFS= read -r line || [ -n "$line" ]; do
     size) read -r rows cols <<<"$rest" ;;
     term) term=$rest ;;
     home) home=/$rest; mkdir -p "$work$home" ;;
+    profile) if [ "$rest" = on ]; then np=; else np=-np; fi ;;
     start)
       # A job-control shell, so that a stopped editor can be brought back:
       # while .stopped exists the editor is stopped; removing it resumes.
       cat >"$work/.run" <<EOS
 set -m
 cd '$work'
-env TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state' '$xed' -np $rest
+env TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state' '$xed' $np $rest
 rc=\$?
 while [ \$rc -gt 128 ] && [ -n "\$(jobs -s)" ]; do
   touch .stopped
@@ -113,6 +143,7 @@ sleep 60
 EOS
       t new-session -d -s x -x "$cols" -y "$rows" "bash '$work/.run'" || fail "tmux did not start"
       until_ok '[ -n "$(editor_pid)" ] || [ -f "$work/.rc" ]' || fail "the editor did not start"
+      editors+=("$(editor_pid)")
       ;;
     keys) t send-keys -t x $rest ;;
     type) t send-keys -t x -l -- "$rest" ;;
@@ -163,6 +194,9 @@ EOS
     *) fail "unknown step" ;;
   esac
 done <"$case_dir/steps"
+end_editors || fail "an editor did not end on a hang-up"
+t kill-server >/dev/null 2>&1
+san_check || fail "the sanitizers reported"
 rm -rf "$work"
 echo PASSED
 exit 0

@@ -12,6 +12,7 @@ class Input : public FieldsTest {
   void TearDown() override {
     asfinsert(0);
     asfreverse(0);
+    asfonekey(0);
     FieldsTest::TearDown();
   }
   int line() {
@@ -351,6 +352,35 @@ TEST_F(Input, KeystrokeFieldReportsEachCharacter) {
   EXPECT_EQ(r.value, 4);
   EXPECT_EQ(get(4), "aQ    ");
   EXPECT_EQ(col(), 3);
+}
+
+TEST_F(Input, OneKeyEndsTheReadWhateverTheKeyAndTypesNothing) {
+  define({fld(1, 1, 1, 1, 6), fld(2, 3, 1, 1, 6)});
+  put(1, "abcdef");
+  asfcur(1, 1, 2);
+  asfonekey(1);
+  const struct {
+    const char *script;
+    int value;  // the character, 0 for a key that types no printable one plainly
+  } keys[] = {
+      {"type Y", 'Y'},       {"type y", 'y'},     {"key downarrow", 0}, {"key tab", 0},
+      {"key c-y", 0},        {"key m-y", 0},      {"key f3", 0},        {"key enter", 0},
+      {"key backspace", 0},  {"key home", 0},
+  };
+  for (auto &k : keys) {
+    result r = read(k.script);
+    EXPECT_EQ(r.code, AS_ONEKEY) << k.script;
+    EXPECT_EQ(r.value, k.value) << k.script;
+    EXPECT_EQ(get(1), "abcdef") << k.script;
+    EXPECT_EQ(line(), 1) << k.script;
+    EXPECT_EQ(col(), 2) << k.script;
+  }
+  // The wheel is no answer: it keeps its own code.
+  EXPECT_EQ(read("wheel down").code, FSK_WHEELDOWN);
+  asfonekey(0);
+  result r = read("type Y\nkey enter");
+  EXPECT_EQ(r.code, 0);
+  EXPECT_EQ(get(1), "aYcdef");
 }
 
 TEST_F(Input, Toggles) {
