@@ -118,9 +118,14 @@ struct xftextblock {
 };
 void xftext_free(char *text);      // free a line's text, wherever it lives
 
-// Columns of a line's text: a character of a UTF-8 file, a byte of any
-// other. Offsets and columns count from 0; past the text's end every column
-// is one blank byte.
+// Columns of a line's text: a character of a UTF-8 file (`xfile::utf8`), a
+// byte of any other. Offsets and columns count from 0; past the text's end
+// every column is one blank byte. Everything that takes or shows a column
+// (the page, the cursor, zones, margins, column targets, CHANGE, SHIFT, the
+// block and reflow commands, EXTRACT) counts through these, never by bytes,
+// and cuts a line only at the offset of a column, so that no character is
+// ever split. A walk along a line steps with xfcol_char instead of asking
+// xfcol_off for every column, which would rescan the line each time.
 int32_t xfcol_len(const char *t, int32_t n, bool utf8);               // columns of the text
 int32_t xfcol_off(const char *t, int32_t n, int32_t col, bool utf8);  // byte offset of a column
 int32_t xfcol_at(const char *t, int32_t n, int32_t off, bool utf8);   // column of a byte offset
@@ -172,6 +177,7 @@ struct xfile {
     int32_t case_c = 0;    // CRESPECT
     int32_t keepblanks = 0; // trailing blanks kept
     int32_t bin = 0;       // binary file
+    int32_t utf8 = 0;      // text mode: 1 UTF-8 (a column is a character), 0 bytes
     int32_t powerinput[4] = {0, 0, 0, 0}; // POWERINPUT words
     std::vector<std::string> pmsgs; // messages waiting to be shown
 
