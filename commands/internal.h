@@ -26,6 +26,12 @@ void xfline_number(std::string_view line, int ctx1, int ctx2);
 void xflocate_line(std::string_view line, int ctx1, int ctx2);
 bool xfsyscmd_word(std::string_view line);
 
+// The word-character test of whole-word searches and changes (`\` targets,
+// CN, the ISPF word options): letters, digits and `_`, and in a UTF-8 file
+// every character past ASCII (letters of other scripts), so that a word is
+// never cut inside a character. `ch` is a byte, or a code point in UTF-8.
+bool xfwordchar(uint32_t ch);
+
 // Run one handler on a text as if it had been dispatched (SET uses it).
 int xfcall(const cmd_entry *e, xfcm_fn fn, std::string_view text, int ctx1, int ctx2);
 
