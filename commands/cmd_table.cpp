@@ -101,6 +101,7 @@ const cmd_entry cmd_table[CMD_COUNT] = {
     {"Zone", CMD_SET | CMD_QUERY, xfcm_notimpl},
     {"XTESTChars", CMD_SET | CMD_QUERY, xfcm_notimpl},
     {"WINSHRinktofit", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"ENCoding", CMD_SET | CMD_QUERY, xfcm_encoding},
     {"FD", CMD_SET, xfcm_notimpl},
     {"FName", CMD_SET, xfcm_notimpl},
     {"FONt", CMD_SET, xfcm_notimpl},

@@ -1,5 +1,5 @@
 // The settings of loading and saving as commands: AUTOBin, KEEPBlanks,
-// BInary, LIMIT, FILEConv, ISOConv, BACKUP, PRESERVLinks, SAVEClearundo,
+// BInary, ENCoding, LIMIT, FILEConv, ISOConv, BACKUP, PRESERVLinks, SAVEClearundo,
 // AUtosave, RECycle, LASTFiles and RW.  With no operand each one reports its
 // state.
 #include "commands/commands.h"
@@ -122,6 +122,36 @@ int xfcm_binary(const xfcmd &c)
     file_switch(c, &xfile::bin, bin_global);
     if (xf && xf->bin)
         xf->keepblanks = 1;
+    return 1;
+}
+
+// ENCoding UTF8|BYTES: the current file's text is UTF-8 (a column is a
+// character) or bytes (a column is a byte, shown as Latin-1), and so is that
+// of the files loaded from now on; AUTO lets each file's bytes decide again.
+// With no operand: the current file's encoding.
+constexpr const char *encodings[] = {"BYTES", "UTF8", "AUTO"}; // by value, AUTO -1
+
+int xfcm_encoding(const xfcmd &c)
+{
+    xftrace("Commande xfcm_encoding");
+    std::string_view rest = c.ops();
+    std::string_view w = xfword(rest);
+    if (w.empty()) {
+        int v = xf ? xf->utf8 : utf8_global;
+        report("..... Is %s", encodings[v < 0 ? 2 : v]);
+        return 1;
+    }
+    int v = -2;
+    for (int i = 0; i < 3; i++)
+        if (xffold(w) == xffold(encodings[i]))
+            v = i == 2 ? -1 : i;
+    if (v == -2 || !xfword(rest).empty()) {
+        bad();
+        return 1;
+    }
+    utf8_global = v;
+    if (xf)
+        xf->utf8 = v < 0 ? xftext_mode() : v;
     return 1;
 }
 

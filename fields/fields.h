@@ -52,6 +52,7 @@ enum : int32_t {
   FSF_TEXTPTR = 1024,   // text-shaped pointer over the field
   FSF_LTR = 4096,       // keeps left-to-right in reverse direction
   FSF_SELECT = 8192,    // a left drag selects a span: code 68
+  FSF_UTF8 = 16384,     // the field holds UTF-8 text: any character may be typed
 };
 
 // A displayed segment of a file's line inside an extended field.
@@ -112,6 +113,7 @@ enum : uint16_t {
   FSK_F0 = 32585,  // function key n is FSK_F0 + n
   FSK_WHEELUP = 670, FSK_WHEELDOWN = 671, FSK_CLOSE = 672,
   FSK_SCROLLBAR = 32808, FSK_MENUBAR = 32831, FSK_TOOLBAR = 32832,
+  FSK_CHAR = 65533,  // a character past Latin-1 typed: its code point is the event's character
 };
 
 // The event queue: events first in, first out, each with its input character
@@ -180,6 +182,35 @@ int asqmod(int count, int *ids, int *lens, int *used);
 void asqfld(int code, int id, int count, int32_t *words);
 void fsqury(int code, int ignored, int count, int32_t *words);
 int asq_ff(int id);
+
+// ---- characters past Latin-1 ------------------------------------------------
+//
+// A cell holds a byte (0 to 255: Latin-1), or in a field of UTF-8 text a
+// character of the Basic Multilingual Plane that takes one terminal column.
+// Any other character (wide, zero-width, outside the plane, a private-use
+// one) and any stray byte of broken UTF-8 is kept aside, as its bytes, in
+// the page's table, and its cell holds a substitute from FS_SUBST_FIRST to
+// FS_SUBST_LAST: drawn as one marked cell, so that the grid never shifts, and
+// read back as the very bytes it stands for. The table lives until the
+// page's fields are cleared.
+constexpr uint16_t FS_SUBST_FIRST = 0xD800;
+constexpr uint16_t FS_SUBST_LAST = 0xF8FF;
+inline bool fs_subst(uint16_t cell) { return cell >= FS_SUBST_FIRST && cell <= FS_SUBST_LAST; }
+// The length of the well-formed UTF-8 sequence at p (n bytes there) and its
+// character, or 0: overlong forms, surrogates and values past U+10FFFF are
+// not characters.
+int fs_utf8_seq(const unsigned char *p, long n, uint32_t &cp);
+int fs_utf8_put(uint32_t cp, char out[4]);  // the encoding of a character; its length
+int fs_cwidth(uint32_t cp);                   // terminal columns it takes: 0, 1 or 2
+// The cell for the character cp whose bytes are given: the character itself
+// when it may stand in a cell, else a substitute; FS_NULL when the page's
+// table is full.
+uint16_t fs_cell(uint32_t cp, const char *bytes, int n);
+uint32_t fs_cellchar(uint16_t cell);  // the character a cell shows, substitutes resolved
+// As ascput and ascget_char, with the text decoded from and encoded to UTF-8.
+// ascput_utf8 answers -2 when the page's table of substitutes is full.
+int ascput_utf8(int id, int len, const char *text);
+char *ascget_utf8(int id, int *len, int trim);  // free() the result
 
 // ---- switches ------------------------------------------------------------
 

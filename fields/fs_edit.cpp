@@ -284,15 +284,25 @@ int fs_type(int ch, const fs_event &ev, int *value) {
     toggle(a.pos, c);
     return -1;
   }
+  // Past Latin-1 only a field of UTF-8 text takes a character; there every
+  // character past ASCII has its cell, a substitute where it needs one.
+  int cell = c;
+  if (c >= 128 && (f.flags & FSF_UTF8)) {
+    char b[4];
+    cell = fs_cell(uint32_t(c), b, fs_utf8_put(uint32_t(c), b));
+    if (cell == FS_NULL) return refuse();
+  } else if (c > 255) {
+    return refuse();
+  }
   int ix = cix(a.pos, a.k);
   if ((f.flags & FSF_REPEND) && pg().hilite[ix] == 2) return 36;
   bool inserting = fs.insert && !(f.flags & FSF_NOINS) && !hex;
   if (inserting) {
-    int r = insert(a.pos, a.k, a.n, c);
+    int r = insert(a.pos, a.k, a.n, cell);
     if (r == -2) return -1;
     if (r != 1) return r;
   } else {
-    pg().text[ix] = uint16_t(c);
+    pg().text[ix] = uint16_t(cell);
     if (fs.rem == 0 || (f.flags & FSF_NOINS)) fieldattrs(a.pos, ix);
   }
   bool rev = reversed(a.pos);

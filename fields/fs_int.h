@@ -4,6 +4,7 @@
 #include "fields/fields.h"
 #include "fields/plat.h"
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 // Cells of a field in reading order: the n-th character is cell n.
@@ -36,6 +37,8 @@ struct fs_pagerec {
   std::vector<fsxfield> ext;        // per field: extended record
   std::vector<fs_cells> cells;      // per field: cell list
   bool repaint = false;             // the whole page must be compared again
+  std::vector<std::string> subst;   // bytes of substitute cell FS_SUBST_FIRST + i
+  std::unordered_map<std::string, uint16_t> subst_cell; // the same, by bytes
 };
 
 // The shadow of what the layer shows.

@@ -273,6 +273,8 @@ void fs_clearall() {
   p.fld.shrink_to_fit();
   p.capacity = 0;
   for (size_t i = 0; i < p.text.size(); i++) cellreset(p, int(i));
+  p.subst.clear();
+  p.subst_cell.clear();
   p.repaint = true;
   if (fs.curnum == fs.shown) fs.full = true;
 }

@@ -63,11 +63,12 @@ void put(std::string &s, int col, const char *text) {
 std::string position() {
   const fs_pagerec &p = pg();
   int line = p.cur_line, col = p.cur_col;
-  uint16_t c = p.text[cellix(line, col)];
+  uint16_t cell = p.text[cellix(line, col)];
+  uint32_t c = cell == FS_NULL ? 0 : fs_cellchar(cell);  // the character's code point
   if (as_poshook) as_poshook(&line, &col);
   char buf[64];
   bool narrow = fs.nb_cols < 57;
-  if (c == FS_NULL) {
+  if (cell == FS_NULL) {
     if (narrow)
       snprintf(buf, sizeof buf, "Line=%d  Hex=--", line);
     else
@@ -80,17 +81,10 @@ std::string position() {
   return buf;
 }
 
+// A cell of the dump: a substitute shows as U+FFFD, as it does on a screen.
 void utf8(FILE *out, unsigned c) {
-  if (c < 0x80) {
-    fputc(int(c), out);
-  } else if (c < 0x800) {
-    fputc(int(0xC0 | c >> 6), out);
-    fputc(int(0x80 | (c & 0x3F)), out);
-  } else {
-    fputc(int(0xE0 | c >> 12), out);
-    fputc(int(0x80 | (c >> 6 & 0x3F)), out);
-    fputc(int(0x80 | (c & 0x3F)), out);
-  }
+  char b[4];
+  fwrite(b, 1, size_t(fs_utf8_put(fs_subst(uint16_t(c)) ? 0xFFFD : c, b)), out);
 }
 
 void dumpplane(FILE *out, const char *name, const std::vector<uint8_t> &plane) {

@@ -318,7 +318,8 @@ int dispatch(const fs_event &e, int ch, int *value) {
   if (fs.onekey && !rel && !button(code) && code != FSK_MOVE && code != FSK_DRAG &&
       code != FSK_WHEELUP && code != FSK_WHEELDOWN) {
     int c = ch >= 0 ? ch : code;
-    bool printable = code < 256 && code != as_delkey && code != as_bskey && c >= 32 && c != 127;
+    bool printable = (code < 256 || code == FSK_CHAR) && code != as_delkey && code != as_bskey &&
+                     c >= 32 && c != 127;
     *value = printable && !ctrld(e) && !altd(e) ? c : 0;
     return AS_ONEKEY;
   }
@@ -407,6 +408,7 @@ int dispatch(const fs_event &e, int ch, int *value) {
     return rel ? (fs.up ? 19 : -1) : 9;
   }
   if (code == FSK_WHEELUP || code == FSK_WHEELDOWN) return rel ? -1 : code;
+  if (code == FSK_CHAR && ch > 0) return rel ? -1 : fs_type(ch, e, value);
   if (code >= 256 || rel) return -1;
   return fs_type(ch >= 0 ? ch : code, e, value);
 }

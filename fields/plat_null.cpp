@@ -5,7 +5,7 @@
 // skipped. Words are separated by blanks; key names ignore case.
 //
 //   type TEXT              each character of TEXT typed (TEXT runs to the end
-//                          of the line, blanks included)
+//                          of the line, blanks included; UTF-8)
 //   key NAME               a key pressed and released
 //   press NAME             a key pressed and held (until a release line)
 //   release NAME           a key released
@@ -214,9 +214,17 @@ int fs_nullplat::exec(const std::string &line, std::string &err) {
   if (verb == "type") {
     size_t p = line.find("type") + 4;
     if (p < line.size() && line[p] == ' ') p++;
-    for (size_t i = p; i < line.size(); i++) {
-      e.code = static_cast<unsigned char>(line[i]);
-      post(e, e.code);
+    // The script is UTF-8 text, decoded as a terminal in a UTF-8 locale
+    // would: a character past Latin-1 comes as FSK_CHAR; a byte that is not
+    // UTF-8 is typed as it stands.
+    const unsigned char *t = reinterpret_cast<const unsigned char *>(line.data());
+    for (size_t i = p; i < line.size();) {
+      uint32_t cp;
+      int n = fs_utf8_seq(t + i, long(line.size() - i), cp);
+      if (n == 0) cp = t[i], n = 1;
+      e.code = cp > 255 ? uint16_t(FSK_CHAR) : uint16_t(cp);
+      post(e, int(cp));
+      i += size_t(n);
     }
     return FS_WAIT_EVENT;
   }

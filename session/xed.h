@@ -135,6 +135,12 @@ uint32_t xfcol_char(const char *t, int32_t n, int32_t off, int32_t &next, bool u
 int xfcol_width(uint32_t cp); // terminal cells a character takes: 0, 1 or 2
 // Whether the bytes are well-formed UTF-8; `high` tells whether any is past ASCII.
 bool xfutf8_text(const char *t, size_t n, bool &high);
+// The text mode of the current file, decided once it is loaded: UTF-8 when
+// its lines are well-formed UTF-8 with something past ASCII, bytes when they
+// are not (Latin-1, binary), and for a new or pure-ASCII file the locale's.
+// ENCODING UTF8 or BYTES given before the load decides instead.
+int xftext_mode();
+bool xflocale_utf8(); // the character set of the user's locale is UTF-8
 
 // The limits of a file: its lines, and a line's bytes (so its columns).
 constexpr int32_t xfmax_lines = 2147483646;
@@ -244,6 +250,7 @@ extern int reload_default;         // reload_ok of new files
 extern int eol_default;            // FILEConv of new files: 1 LF
 extern int keepblanks_global;      // KEEPBLANKS override, -1 none
 extern int bin_global;             // BIN override, -1 none
+extern int utf8_global;            // ENCODING of files loaded later: 1 UTF-8, 0 bytes, -1 by their bytes
 extern int cmd_source;             // 1 key, 2 queue/macro, 3 mouse, 4 menu
 extern std::vector<int32_t> chg_snapshot; // change counters at cycle start
 extern std::vector<int32_t> ringpos; // ring order number of each file

@@ -285,6 +285,7 @@ int xfedit(const std::string &name, const std::string &dir, bool noext)
     }
     if (r.status != 0)
         xf->disk_ns = 0; // a new file: one that appears before the save is someone else's
+    xf->utf8 = xftext_mode();
     xf->loadmark = xf->nbli() - 1;
     xf->fname = xfcanon(unlinked(r.path));
     xf->fname2 = xf->fname;

@@ -45,14 +45,28 @@ enum colour_item {
 
 int colour(int item) { return colour_items[item].colour; }
 
+// Texts of the page other than a file's lines are in the locale's
+// character set.
+bool locale_utf8()
+{
+    static const bool on = xflocale_utf8();
+    return on;
+}
+
+struct page_text {
+    int id;           // field
+    std::string text; // content
+    bool utf8;        // UTF-8 text, else bytes shown as Latin-1
+};
+
 // The fields of a page are collected, defined in one call, then filled.
 struct page_builder {
     std::vector<int32_t> table;            // 14 words a field
-    std::vector<std::pair<int, std::string>> texts; // field id, content
+    std::vector<page_text> texts;          // what the fields hold
     int next = 1;                          // next field id
 
     int add(int row, int col, int width, int type, int col_item, int flags = 0,
-            std::string text = std::string())
+            std::string text = std::string(), bool utf8 = locale_utf8())
     {
         if (width <= 0)
             return 0;
@@ -69,8 +83,24 @@ struct page_builder {
         const int32_t *w = reinterpret_cast<const int32_t *>(&f);
         table.insert(table.end(), w, w + 14);
         if (!text.empty())
-            texts.emplace_back(f.id, std::move(text));
+            texts.push_back({f.id, std::move(text), utf8});
         return f.id;
+    }
+
+    // Defines the fields and fills them. A row whose characters the page's
+    // table of substitutes cannot all take is shown but cannot be typed on,
+    // so that no character is ever read back as another.
+    void apply()
+    {
+        if (!table.empty())
+            asrfmt((int)table.size() / 14, 14, table.data());
+        for (auto &t : texts) {
+            if (!t.utf8) {
+                ascput(t.id, (int)t.text.size(), t.text.c_str());
+            } else if (ascput_utf8(t.id, (int)t.text.size(), t.text.c_str()) == -2) {
+                asftyp(t.id, 2);
+            }
+        }
     }
 };
 
@@ -181,12 +211,16 @@ std::string prefix_text(int32_t li, int pw)
     return t;
 }
 
-std::string line_text(int32_t li, int32_t col0)
+// What a file row shows of a line: `width` columns from column col0. Only
+// those bytes are taken, however long the line.
+std::string line_text(int32_t li, int32_t col0, int width)
 {
     const xfline &l = xf->lines[li];
-    if (col0 >= l.len)
+    int32_t a = xfcol_off(l.text, l.len, col0, xf->utf8);
+    if (a >= l.len)
         return std::string();
-    return std::string(l.text + col0, (size_t)(l.len - col0));
+    int32_t b = a + xfcol_off(l.text + a, l.len - a, width, xf->utf8);
+    return std::string(l.text + a, (size_t)(std::min(b, l.len) - a));
 }
 
 void compose_view(page_builder &pb)
@@ -230,7 +264,7 @@ void compose_view(page_builder &pb)
         pb.add(y0, x, 7, TYPE_PROTECTED, C_ID, 0, "  Len: ");
         x += 7;
         int32_t cur = curline();
-        int32_t len = cur >= 0 && cur < n ? xf->lines[cur].len : 0;
+        int32_t len = cur >= 0 && cur < n ? xfcol_len(xf->lines[cur].text, xf->lines[cur].len, xf->utf8) : 0;
         pb.add(y0, x, x0 + w - x, TYPE_PROTECTED, C_SIZE, 0, std::to_string(len));
     } else {
         pb.add(y0, x0, w, TYPE_PROTECTED, C_ID, 0, "");
@@ -241,13 +275,13 @@ void compose_view(page_builder &pb)
     if (xv->msgshown < xv->msgs.size())
         msg = xv->msgs.back();
     xv->msgshown = xv->msgs.size();
-    xv->msgfield = pb.add(row_msg, x0, w, TYPE_PROTECTED, C_MSG, 0, msg.substr(0, (size_t)w));
+    xv->msgfield = pb.add(row_msg, x0, w, TYPE_PROTECTED, C_MSG, 0, msg);
 
     xv->cmdfield = 0;
     if (row_cmd) {
         pb.add(row_cmd, x0, 6, TYPE_PROTECTED, C_ARROW, 0, "====> ");
-        xv->cmdfield = pb.add(row_cmd, x0 + 6, w - 6, TYPE_INPUT, C_CMD, 0,
-                              xv->cmdline.substr(0, (size_t)(w - 6)));
+        xv->cmdfield = pb.add(row_cmd, x0 + 6, w - 6, TYPE_INPUT, C_CMD,
+                              locale_utf8() ? FSF_UTF8 : 0, xv->cmdline);
     }
 
     xv->rows.clear();
@@ -314,7 +348,7 @@ void compose_view(page_builder &pb)
             int x = kind[(size_t)r] == ROW_RESERVED ? x0 : textx;
             int wd = kind[(size_t)r] == ROW_RESERVED ? w : textw;
             m.li = -4;
-            m.fld = pb.add(row, x, wd, TYPE_PROTECTED, item, 0, t.substr(0, (size_t)wd));
+            m.fld = pb.add(row, x, wd, TYPE_PROTECTED, item, 0, t);
             xv->rows.push_back(m);
             continue;
         }
@@ -345,8 +379,9 @@ void compose_view(page_builder &pb)
             for (auto &pt : xf->points)
                 if (pt.li == p.li && item == C_FILE)
                     item = C_POINT;
-            m.fld = pb.add(row, textx, textw, TYPE_INPUT, item, FSF_REPEND,
-                           line_text(p.li, col0).substr(0, (size_t)textw));
+            m.fld = pb.add(row, textx, textw, TYPE_INPUT, item,
+                           FSF_REPEND | (xf->utf8 ? FSF_UTF8 : 0), line_text(p.li, col0, textw),
+                           xf->utf8 != 0);
         }
         xv->rows.push_back(m);
     }
@@ -478,9 +513,7 @@ void xfdisplay()
     page_builder pb;
     if (!pageok) {
         pb.add(1, 1, std::min(page_cols, 40), TYPE_PROTECTED, C_MSG, 0, "..... Increase window size");
-        asrfmt((int)pb.table.size() / 14, 14, pb.table.data());
-        for (auto &t : pb.texts)
-            ascput(t.first, (int)t.second.size(), t.second.c_str());
+        pb.apply();
         return;
     }
     int pfrow = page_rows - nbpf + 1;
@@ -490,10 +523,7 @@ void xfdisplay()
         xfsetview(v);
         compose_view(pb);
     }
-    if (!pb.table.empty())
-        asrfmt((int)pb.table.size() / 14, 14, pb.table.data());
-    for (auto &t : pb.texts)
-        ascput(t.first, (int)t.second.size(), t.second.c_str());
+    pb.apply();
     xfsetview(save);
     place_cursor();
     if (fs_plat *p = fs_layer())

@@ -63,10 +63,11 @@ where locate_field(int id)
     return w;
 }
 
-std::string field_text(int id, bool trim)
+// A field's text: UTF-8 for a field of UTF-8 text, else a byte a cell.
+std::string field_text(int id, bool trim, bool utf8)
 {
     int len = 0;
-    char *s = ascget_char(id, &len, trim ? 1 : 0);
+    char *s = utf8 ? ascget_utf8(id, &len, trim ? 1 : 0) : ascget_char(id, &len, trim ? 1 : 0);
     std::string t = s ? std::string(s, (size_t)len) : std::string();
     std::free(s);
     return t;
@@ -107,15 +108,19 @@ void commit_line(const xview::rowmap &m, const std::string &typed)
     if (m.li < 0 || m.li >= nbli())
         return;
     const xfline &l = xf->lines[m.li];
+    bool u = xf->utf8;
     std::string old(l.text, (size_t)l.len);
-    std::string head = old.substr(0, std::min<size_t>(old.size(), (size_t)m.col0));
-    head.resize((size_t)m.col0, ' ');
+    // Columns, not bytes: the row showed m.len columns from column m.col0.
+    size_t a = (size_t)xfcol_off(l.text, l.len, m.col0, u);
+    size_t b = (size_t)xfcol_off(l.text, l.len, m.col0 + m.len, u);
+    std::string head = old.substr(0, std::min(old.size(), a));
+    head.resize(a, ' ');
     std::string beyond;
-    if (old.size() > (size_t)(m.col0 + m.len))
-        beyond = old.substr((size_t)(m.col0 + m.len));
+    if (old.size() > b)
+        beyond = old.substr(b);
     std::string mid = typed;
     if (!beyond.empty())
-        mid.resize((size_t)m.len, ' ');
+        mid.append((size_t)std::max(0, m.len - xfcol_len(mid.data(), (int32_t)mid.size(), u)), ' ');
     std::string now = head + mid + beyond;
     if (!xf->keepblanks)
         while (!now.empty() && now.back() == ' ')
@@ -155,7 +160,7 @@ void xfack()
             continue;
         for (auto &m : xv->rows)
             if (m.li >= 0 && m.li < nbli() && modified(m.fld))
-                commit_line(m, field_text(m.fld, true));
+                commit_line(m, field_text(m.fld, true, xf->utf8 != 0));
     }
     for (int v = 0; v < (int)views.size(); v++) {
         xfsetview(v);
@@ -163,12 +168,12 @@ void xfack()
             continue;
         for (auto &m : xv->rows)
             if (modified(m.pfx))
-                commit_prefix(m, field_text(m.pfx, true));
+                commit_prefix(m, field_text(m.pfx, true, false));
     }
     for (int v = 0; v < (int)views.size(); v++) {
         xview *vw = views[(size_t)v];
         if (modified(vw->cmdfield)) {
-            std::string t = field_text(vw->cmdfield, true);
+            std::string t = field_text(vw->cmdfield, true, xflocale_utf8());
             for (auto &ch : t)
                 if ((unsigned char)ch == 0)
                     ch = ' ';
@@ -176,6 +181,32 @@ void xfack()
         }
     }
     xfsetview(save);
+}
+
+// The bytes of a typed character: UTF-8 in UTF-8 text, else one byte
+// (empty when a byte cannot hold it).
+std::string typed_bytes(int ch, bool utf8)
+{
+    if (!utf8)
+        return ch <= 255 ? std::string(1, (char)ch) : std::string();
+    char b[4];
+    return std::string(b, (size_t)fs_utf8_put((uint32_t)ch, b));
+}
+
+// Puts a typed character at column col of a text: over the character there,
+// or behind the end, the gap filled with blanks.
+void put_char(std::string &t, int32_t col, const std::string &c, bool utf8)
+{
+    size_t at = (size_t)xfcol_off(t.data(), (int32_t)t.size(), col, utf8);
+    if (t.size() < at)
+        t.resize(at, ' ');
+    if (t.size() > at) {
+        int32_t next;
+        xfcol_char(t.data(), (int32_t)t.size(), (int32_t)at, next, utf8);
+        t.replace(at, (size_t)next - at, c);
+    } else {
+        t += c;
+    }
 }
 
 // A character typed at a field's last cell: the line grows (AUTOEXP).
@@ -186,7 +217,12 @@ bool type_past_end(int ch)
     where w = locate_field(id);
     if (w.fld == 1) {
         xfack();
-        xv->cmdline.insert(std::min(xv->cmdline.size(), (size_t)std::max(0, col - 1)), 1, (char)ch);
+        std::string c = typed_bytes(ch, xflocale_utf8());
+        if (c.empty())
+            return false;
+        std::string &t = xv->cmdline;
+        size_t at = (size_t)xfcol_off(t.data(), (int32_t)t.size(), std::max(0, col - 1), xflocale_utf8());
+        t.insert(std::min(t.size(), at), c);
         xv->cmdcursor = col;
         if (xf)
             xf->ptcur_i.fld = 1;
@@ -199,21 +235,19 @@ bool type_past_end(int ch)
     if (m.li < 0 || m.li >= nbli())
         return false;
     const xfline &l = xf->lines[m.li];
+    std::string bytes = typed_bytes(ch, xf->utf8 != 0);
+    if (bytes.empty())
+        return false;
     std::string t(l.text, (size_t)l.len);
-    size_t at = (size_t)(m.col0 + col - 1);
-    if (t.size() < at)
-        t.resize(at, ' ');
-    if (t.size() > at)
-        t[at] = (char)ch; // the typed cell: overwrite
-    else
-        t.push_back((char)ch);
+    int32_t at = m.col0 + col - 1; // the typed cell's column: overwritten
+    put_char(t, at, bytes, xf->utf8 != 0);
     int save_group = xf->group_open;
     xf_do('r', t, m.li, "xf_ins");
     xf->group_open = save_group;
     xfcursor c = xf->ptcur_i;
     c.fld = 0;
     c.li = m.li;
-    c.col = (int32_t)at + 1;
+    c.col = at + 1;
     c.prio = 30;
     xf->curstack.push_back(c);
     // Keep the cursor's column inside the view: shift by the view's width.
@@ -245,7 +279,7 @@ void xfautoi()
     if (autoindent && pc.fld == 0 && pc.li >= 0 && pc.li < nbli()) {
         const xfline &l = xf->lines[pc.li];
         bool blank = l.len == 1 && l.text[0] == ' ';
-        if (pc.col >= l.len || blank) {
+        if (pc.col >= xfcol_len(l.text, l.len, xf->utf8) || blank) {
             int32_t indent = 0;
             while (indent < l.len && indent < 120 && l.text[indent] == ' ')
                 indent++;
@@ -264,7 +298,9 @@ void xfautoi()
     xfcursor c = pc;
     c.fld = 1;
     c.prio = 30;
-    xv->cmdcursor = (int)std::min(xv->cmdline.find_last_not_of(' ') + 1, (size_t)xv->ncols - 8);
+    std::string_view cl = xv->cmdline;
+    cl = cl.substr(0, cl.find_last_not_of(' ') + 1);
+    xv->cmdcursor = std::min(xfcol_len(cl.data(), (int32_t)cl.size(), xflocale_utf8()), xv->ncols - 8);
     xf->curstack.push_back(c);
 }
 

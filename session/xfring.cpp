@@ -131,6 +131,8 @@ void xfdefaults(const std::string &name, int previous)
         xf->bin = bin_global;
     if (xf->bin)
         xf->keepblanks = 1;
+    // Until its bytes are read, a file's text is the locale's.
+    xf->utf8 = utf8_global >= 0 ? utf8_global : xflocale_utf8() && !xf->bin;
     // Ring order: right after the file that was current.
     int32_t &me = ringpos[(size_t)xfidx];
     if (previous < 0 || previous >= nbfiles() || previous == xfidx) {

@@ -395,6 +395,9 @@ int xfmain(int argc, char **argv)
     xfcrash_install();
     xfmem_install();
     xfendsig_install();
+    // Characters come in and go out in the user's character set; numbers
+    // are always written the one way.
+    std::setlocale(LC_CTYPE, "");
     std::setlocale(LC_NUMERIC, "C");
     xftimeload_start();
     const char *tl = std::getenv("TIMELOAD");

@@ -89,7 +89,8 @@ uint16_t xmods(int m) {
 
 // A key: its press and, straight after, its release, since a terminal
 // never says when a key goes up.
-void key(std::vector<tk_out> &out, int code, uint16_t mods) {
+// A character past Latin-1 comes with code FSK_CHAR and the character.
+void key(std::vector<tk_out> &out, int code, uint16_t mods, int ch = -1) {
   if (code == DELKEY) code = as_delkey;
   if (code == BSKEY) code = as_bskey;
   if (code == IGNORE || code <= 0) return;
@@ -97,7 +98,7 @@ void key(std::vector<tk_out> &out, int code, uint16_t mods) {
   o.ev.code = uint16_t(code);
   o.ev.modifiers = mods;
   o.ev.source = FS_SRC_NONE;
-  o.ch = code < 256 ? code : -1;
+  o.ch = code < 256 ? code : ch;
   out.push_back(o);
   o.ev.released = 1;
   out.push_back(o);
@@ -111,7 +112,11 @@ void character(std::vector<tk_out> &out, int c, uint16_t mods) {
   if (c < 27) return key(out, 'a' + c - 1, mods | FSM_CTRL);
   if (c < 32) return key(out, ctrlhigh[c - 28], mods | FSM_CTRL);
   if (c >= 128 && c < 160) return;  // C1 controls: nothing a user types
-  if (c > 255) return;              // the file holds bytes: no cell for it
+  if (c > 255) {
+    // The field that gets it decides whether it can hold it.
+    if (c <= 0x10ffff && (c < 0xd800 || c > 0xdfff)) key(out, FSK_CHAR, mods, c);
+    return;
+  }
   key(out, c, mods);
 }
 

@@ -17,6 +17,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 #include <cstring>
 #include <ctime>
 #include <curses.h>
@@ -106,10 +107,14 @@ static_assert(sizeof hilites / sizeof hilites[0] == 5, "hilites 0 to 4");
 
 bool wide = false;  // the locale can show characters past ASCII
 
-// A cell's byte as a character of the screen: the file's bytes are taken as
-// Latin-1; controls, and what the locale cannot show, become '?'.
+// A cell as a character of the screen: a byte of a file of bytes is taken
+// as Latin-1, a cell of UTF-8 text is its character; controls, and what the
+// locale cannot show in one column, become '?'. A substitute cell (a wide or
+// zero-width character kept aside) is the replacement character.
 wchar_t glyph(uint16_t c) {
-  if (c < 32 || (c >= 127 && c < 160) || c > 255 || (c > 127 && !wide)) return L'?';
+  if (fs_subst(c)) return wide ? L'\uFFFD' : L'?';
+  if (c < 32 || (c >= 127 && c < 160) || (c > 127 && !wide)) return L'?';
+  if (c > 255 && wcwidth(wchar_t(c)) != 1) return L'?';
   return wchar_t(c);
 }
 
@@ -146,7 +151,9 @@ class termplat : public fs_plat {
     if (cells_.size() < size_t(count)) cells_.resize(size_t(count));
     for (int i = 0; i < count; i++) {
       wchar_t w[2] = {blank ? L' ' : glyph(text[i]), 0};
-      setcchar(&cells_[size_t(i)], w, a, pair, nullptr);
+      // A substitute stands out from the text around it.
+      attr_t ca = !blank && fs_subst(text[i]) ? a ^ (A_REVERSE | A_DIM) : a;
+      setcchar(&cells_[size_t(i)], w, ca, pair, nullptr);
     }
     mvwadd_wchnstr(stdscr, line - 1, col - 1, cells_.data(), count);
   }

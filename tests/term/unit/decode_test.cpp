@@ -75,9 +75,20 @@ TEST(TermDecode, BackspaceAndDeleteFollowTheirSettings) {
   as_delkey = del;
 }
 
-TEST(TermDecode, CharactersBeyondTheFileAlphabetAreDropped) {
-  // Latin-1 letters are typed; C1 controls and characters past 255 have no cell.
-  expect_keys(decode({0xE9, 0x85, 0x20AC, 'x'}), {{0xE9, 0}, {'x', 0}});
+TEST(TermDecode, CharactersPastLatin1ComeWithTheirCodePoint) {
+  // Latin-1 letters are their own codes; C1 controls are dropped; a
+  // character past 255 (the euro sign, a wide one, one outside the BMP) is
+  // FSK_CHAR with the character beside it; a lone surrogate or a value past
+  // U+10FFFF is no character at all.
+  std::vector<tk_out> out = decode({0xE9, 0x85, 0x20AC, 0x65E5, 0x1F600, 0xD800, 0x110000, 'x'});
+  expect_keys(out, {{0xE9, 0}, {FSK_CHAR, 0}, {FSK_CHAR, 0}, {FSK_CHAR, 0}, {'x', 0}});
+  std::vector<tk_out> p = presses(out);
+  EXPECT_EQ(p[0].ch, 0xE9);
+  EXPECT_EQ(p[1].ch, 0x20AC);
+  EXPECT_EQ(p[2].ch, 0x65E5);
+  EXPECT_EQ(p[3].ch, 0x1F600);
+  // With Alt the character keeps it.
+  expect_keys(decode({27, 0x20AC}), {{FSK_CHAR, FSM_ALT}});
 }
 
 TEST(TermDecode, EscapeAloneAndAltWithACharacter) {
