@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Per-key cost of the editor's page: a scripted session of 500 keys (typing,
 # scrolling, ENTER) on a 2-million-line file, 60 by 200, through the headless
-# screen, against the same start with no keys.
+# screen, against the same start with no keys; once on an ASCII file, once on
+# a UTF-8 file (accented and wide characters on every line) in a UTF-8 locale.
 # Usage: bench/keys.sh [path to xed]   (default build/xed)
 set -eu
 xed=${1:-$(dirname "$0")/../build/xed}
@@ -10,6 +11,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 awk 'BEGIN { for (i = 1; i <= 2000000; i++) printf "line %d of a source-like file with some text\n", i }' > big.txt
+awk 'BEGIN { for (i = 1; i <= 2000000; i++) printf "ligne %d d\047un fichier été, 日本語 テキスト ñandú\n", i }' > utf8.txt
 printf 'resize 60 200\n' > none.keys
 {
   printf 'resize 60 200\n'
@@ -27,15 +29,18 @@ keys=$(grep -c -v resize session.keys)
 chars=$((25 * 7))                     # "type abcdefgh" lines count 8 keys each
 keys=$((keys + chars))
 median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
-time_of() { # prints the median seconds of 3 runs
+time_of() { # prints the median seconds of 3 runs: keys, file
   for k in 1 2 3; do
-    /usr/bin/time -f "%e" -o t.out "$xed" -np -keys "$1" big.txt >/dev/null 2>&1 || true
+    LANG=C.UTF-8 /usr/bin/time -f "%e" -o t.out "$xed" -np -keys "$1" "$2" >/dev/null 2>&1 || true
     cat t.out
   done | median
 }
-base=$(time_of none.keys)
-full=$(time_of session.keys)
-awk -v b="$base" -v f="$full" -v k="$keys" 'BEGIN {
-  printf "start and load, no keys   %6.2f s\n", b
-  printf "with %d keys             %6.2f s\n", k, f
-  printf "per key                   %6.3f ms\n", (f - b) * 1000 / k }'
+for f in big.txt utf8.txt; do
+  base=$(time_of none.keys "$f")
+  full=$(time_of session.keys "$f")
+  echo "$f:"
+  awk -v b="$base" -v f="$full" -v k="$keys" 'BEGIN {
+    printf "  start and load, no keys   %6.2f s\n", b
+    printf "  with %d keys             %6.2f s\n", k, f
+    printf "  per key                   %6.3f ms\n", (f - b) * 1000 / k }'
+done

@@ -43,7 +43,17 @@ std::string text_of(int32_t li)
 // A page is the view's file rows less one, so a line stays in sight.
 int page_size() { return std::max(1, (int)xv->rows.size() - 1); }
 
-bool word_char(char ch) { return std::isalnum((unsigned char)ch) || ch == '_'; }
+// A line as its characters, one a column.
+std::vector<uint32_t> chars_of(int32_t li)
+{
+    const xfline &l = xf->lines[li];
+    std::vector<uint32_t> cs;
+    for (int32_t off = 0; off < l.len;)
+        cs.push_back(xfcol_char(l.text, l.len, off, off, xf->utf8));
+    return cs;
+}
+
+int32_t columns_of(int32_t li) { return xfcol_len(xf->lines[li].text, xf->lines[li].len, xf->utf8); }
 
 } // namespace
 
@@ -72,7 +82,7 @@ int xfcm_endline(const xfcmd &c)
         return 1;
     int32_t li = cursor_line();
     if (li >= 0)
-        propose(0, li, xf->lines[li].len);
+        propose(0, li, columns_of(li));
     return 1;
 }
 
@@ -84,7 +94,7 @@ int xfcm_endcurl(const xfcmd &c)
         return 1;
     int32_t li = curline();
     if (li >= 0 && li < nbli())
-        propose(0, li, xf->lines[li].len);
+        propose(0, li, columns_of(li));
     return 1;
 }
 
@@ -99,10 +109,12 @@ int xfcm_split(const xfcmd &c)
         return 1;
     std::string t = text_of(li);
     int32_t col = xf->ptcur_i.col;
-    if (col >= (int32_t)t.size()) {
+    // The cursor's column as a byte offset; past the end, one blank a column.
+    size_t at = (size_t)xfcol_off(t.data(), (int32_t)t.size(), col, xf->utf8);
+    if (at >= t.size()) {
         if (li + 1 >= nbli())
             return 1;
-        t.resize((size_t)col, ' ');
+        t.resize(at, ' ');
         std::string next = text_of(li + 1);
         size_t b = next.find_first_not_of(' ');
         t += b == std::string::npos ? std::string() : next.substr(b);
@@ -112,7 +124,7 @@ int xfcm_split(const xfcmd &c)
         propose(0, li, col);
         return 1;
     }
-    std::string head = t.substr(0, (size_t)col), tail = t.substr((size_t)col);
+    std::string head = t.substr(0, at), tail = t.substr(at);
     size_t indent = t.find_first_not_of(' ');
     if (indent == std::string::npos || (int32_t)indent > col)
         indent = 0;
@@ -191,12 +203,12 @@ int xfcm_nextword(const xfcmd &c)
         return 1;
     int32_t col = xf->ptcur_i.col;
     for (; li < nbli(); li++, col = -1) {
-        std::string t = text_of(li);
+        std::vector<uint32_t> t = chars_of(li);
         size_t i = (size_t)std::max(0, col);
         if (col >= 0)
-            while (i < t.size() && word_char(t[i]))
+            while (i < t.size() && xfwordchar(t[i]))
                 i++;
-        while (i < t.size() && !word_char(t[i]))
+        while (i < t.size() && !xfwordchar(t[i]))
             i++;
         if (i < t.size()) {
             propose(0, li, (int32_t)i);
@@ -215,13 +227,13 @@ int xfcm_prevword(const xfcmd &c)
         return 1;
     int32_t col = xf->ptcur_i.col;
     for (; li >= 0; li--) {
-        std::string t = text_of(li);
+        std::vector<uint32_t> t = chars_of(li);
         long i = std::min<long>(col, (long)t.size()) - 1;
-        while (i >= 0 && !word_char(t[(size_t)i]))
+        while (i >= 0 && !xfwordchar(t[(size_t)i]))
             i--;
-        while (i > 0 && word_char(t[(size_t)i - 1]))
+        while (i > 0 && xfwordchar(t[(size_t)i - 1]))
             i--;
-        if (i >= 0 && word_char(t[(size_t)i])) {
+        if (i >= 0 && xfwordchar(t[(size_t)i])) {
             propose(0, li, (int32_t)i);
             return 1;
         }

@@ -59,16 +59,19 @@ template <class Put> void emit(unsigned how, Put &&put)
         const xfline &l = xf->lines[i];
         const char *t = l.text;
         int32_t len = l.len;
+        // Columns, TRUNC and LRECL count characters in a UTF-8 file.
+        bool u = xf->utf8 != 0;
         if (how & B_VERIFY) {
-            int32_t a = vfrom > 0 ? vfrom - 1 : 0;
-            int32_t b = vto > 0 && vto < 2147483646 ? std::min(vto, len) : len;
+            int32_t a = std::min(len, xfcol_off(t, len, vfrom > 0 ? vfrom - 1 : 0, u));
+            int32_t b = vto > 0 && vto < 2147483646 ? std::min(xfcol_off(t, len, vto, u), len) : len;
             if (a < b)
                 text(t + a, b - a);
         } else {
             if (!(how & B_PLAIN) && xf->trunc > 0 && len > xf->trunc)
-                len = xf->trunc;
+                len = xfcol_off(t, len, xf->trunc, u);
             text(t, len);
-            for (int32_t k = len; !(how & B_PLAIN) && k < xf->lrecl; k++)
+            int32_t cols = xf->lrecl > 0 && !(how & B_PLAIN) ? xfcol_len(t, len, u) : 0;
+            for (int32_t k = cols; !(how & B_PLAIN) && k < xf->lrecl; k++)
                 put(" ", 1);
         }
         bool last = i == n - 1;

@@ -105,8 +105,10 @@ int32_t treat(char *&text, int32_t len)
         lim = std::min(xf->lrecl, xf->trunc);
     else
         lim = xf->lrecl ? xf->lrecl : xf->trunc;
-    if (lim > 0 && len > lim) {
-        len = lim;
+    // The limit is in columns: a UTF-8 character is never cut in two.
+    int32_t cut = lim > 0 && len > lim ? xfcol_off(text, len, lim, xf->utf8) : len;
+    if (cut < len) {
+        len = cut;
         if (!xf->keepblanks)
             while (len > 0 && text[len - 1] == ' ')
                 len--;

@@ -6,7 +6,9 @@
 #include "commands/commands.h"
 #include "session/xed.h"
 
+#include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <sys/stat.h>
@@ -344,3 +346,80 @@ TEST_F(Load, GetBringsARangeAsOneChange)
 }
 
 } // namespace
+
+// The encoding of a file comes from its own bytes; the locale decides only
+// where they cannot (nothing past ASCII); ENCODING overrides both.
+class Encoding : public Load {
+protected:
+    void TearDown() override
+    {
+        utf8_global = -1;
+        setlocale(LC_CTYPE, "C");
+        Load::TearDown();
+    }
+};
+
+TEST_F(Encoding, DecidedByTheBytesThenTheLocale)
+{
+    using namespace std::literals;
+    struct {
+        std::string_view data; // the file
+        int c_locale;          // its encoding under the C locale
+        int utf8_locale;       // under a UTF-8 locale
+    } rows[] = {
+        {"caf\xc3\xa9\n"sv, 1, 1},
+        {"\xe6\x97\xa5\xe6\x9c\xac\n\xf0\x9f\x98\x80\n"sv, 1, 1},
+        {"caf\xe9\n"sv, 0, 0},                  // Latin-1
+        {"ok \xc3\xa9\nbad \xc0\xaf\n"sv, 0, 0}, // one overlong form spoils it
+        {"\xed\xa0\x80\n"sv, 0, 0},             // an encoded surrogate
+        {"plain\n"sv, 0, 1},
+        {""sv, 0, 1},
+        {"x\xc3\xa9\0y\n"sv, 0, 0},             // binary: a NUL byte
+    };
+    for (const char *loc : {"C", "C.UTF-8"}) {
+        if (!setlocale(LC_CTYPE, loc))
+            GTEST_SKIP() << loc << " is not available";
+        int k = 0;
+        for (auto &r : rows) {
+            load(std::string(r.data), "f" + std::to_string(k++) + loc + ".txt");
+            EXPECT_EQ(xf->utf8, loc[1] ? r.utf8_locale : r.c_locale) << loc << " row " << k;
+        }
+    }
+}
+
+TEST_F(Encoding, TheCommandSetsAndReports)
+{
+    load("caf\xe9\n");
+    xfcmdline("query encoding");
+    EXPECT_EQ(last_message, "..... Is BYTES");
+    xfcmdline("encoding utf8");
+    EXPECT_EQ(xf->utf8, 1);
+    load("more\xe9\n", "g.txt");
+    EXPECT_EQ(xf->utf8, 1) << "files loaded later follow it";
+    xfcmdline("enc auto");
+    EXPECT_EQ(xf->utf8, 0) << "AUTO decides from the bytes again";
+    xfcmdline("encoding latin1");
+    EXPECT_EQ(last_message, "..... Invalid parameters");
+    xfcmdline("encoding bytes extra");
+    EXPECT_EQ(last_message, "..... Invalid parameters");
+    EXPECT_EQ(utf8_global, -1) << "a refused command changes nothing";
+}
+
+TEST_F(Encoding, LimitsCutWholeCharacters)
+{
+    load("\xe6\x97\xa5\xe6\x9c\xac\xe8\xaa\x9e!\n");
+    ASSERT_EQ(xf->utf8, 1);
+    xf->lrecl = 2;
+    xf_do('r', std::string_view("\xc3\xa9\xc3\xa9\xc3\xa9"), 0, "test");
+    EXPECT_EQ(line(0), "\xc3\xa9\xc3\xa9") << "two columns, four bytes";
+    // On saving, TRUNC cuts and LRECL pads by columns too.
+    xf->lrecl = 0;
+    xf_do('r', std::string_view("\xe6\x97\xa5\xe6\x9c\xac\xe8\xaa\x9e!"), 0, "test");
+    xf->trunc = 2;
+    ASSERT_EQ(xfwrite(false, false), 0);
+    EXPECT_EQ(slurp(dir + "/f.txt"), "\xe6\x97\xa5\xe6\x9c\xac\n");
+    xf->trunc = 0;
+    xf->lrecl = 6;
+    ASSERT_EQ(xfwrite(false, false), 0);
+    EXPECT_EQ(slurp(dir + "/f.txt"), "\xe6\x97\xa5\xe6\x9c\xac\xe8\xaa\x9e!  \n");
+}
