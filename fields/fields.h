@@ -198,8 +198,33 @@ constexpr uint16_t FS_SUBST_LAST = 0xF8FF;
 inline bool fs_subst(uint16_t cell) { return cell >= FS_SUBST_FIRST && cell <= FS_SUBST_LAST; }
 // The length of the well-formed UTF-8 sequence at p (n bytes there) and its
 // character, or 0: overlong forms, surrogates and values past U+10FFFF are
-// not characters.
-int fs_utf8_seq(const unsigned char *p, long n, uint32_t &cp);
+// not characters. Inline: the column service walks lines of megabytes with it.
+inline int fs_utf8_seq(const unsigned char *p, long n, uint32_t &cp) {
+  unsigned c = p[0];
+  if (c < 0x80) {
+    cp = c;
+    return 1;
+  }
+  auto cont = [p](int k) { return (p[k] & 0xc0) == 0x80; };
+  if (c >= 0xc2 && c <= 0xdf) {
+    if (n < 2 || !cont(1)) return 0;
+    cp = (c & 0x1f) << 6 | (p[1] & 0x3f);
+    return 2;
+  }
+  if (c >= 0xe0 && c <= 0xef) {
+    if (n < 3 || !cont(1) || !cont(2)) return 0;
+    if ((c == 0xe0 && p[1] < 0xa0) || (c == 0xed && p[1] >= 0xa0)) return 0;  // overlong, surrogate
+    cp = (c & 0x0f) << 12 | (p[1] & 0x3f) << 6 | (p[2] & 0x3f);
+    return 3;
+  }
+  if (c >= 0xf0 && c <= 0xf4) {
+    if (n < 4 || !cont(1) || !cont(2) || !cont(3)) return 0;
+    if ((c == 0xf0 && p[1] < 0x90) || (c == 0xf4 && p[1] >= 0x90)) return 0;  // overlong, too big
+    cp = (c & 0x07) << 18 | (p[1] & 0x3f) << 12 | (p[2] & 0x3f) << 6 | (p[3] & 0x3f);
+    return 4;
+  }
+  return 0;
+}
 int fs_utf8_put(uint32_t cp, char out[4]);  // the encoding of a character; its length
 int fs_cwidth(uint32_t cp);                   // terminal columns it takes: 0, 1 or 2
 // The cell for the character cp whose bytes are given: the character itself

@@ -54,24 +54,6 @@ template <size_t N> bool in(const range (&t)[N], uint32_t cp)
 
 } // namespace
 
-int fs_utf8_seq(const unsigned char *p, long n, uint32_t &cp) {
-  unsigned char c = p[0];
-  if (c < 0x80) {
-    cp = c;
-    return 1;
-  }
-  int len = c >= 0xf0 ? 4 : c >= 0xe0 ? 3 : c >= 0xc2 ? 2 : 0;
-  if (len == 0 || c > 0xf4 || len > n) return 0;
-  cp = c & (0x7f >> len);
-  for (int k = 1; k < len; k++) {
-    if ((p[k] & 0xc0) != 0x80) return 0;
-    cp = cp << 6 | (p[k] & 0x3f);
-  }
-  static constexpr uint32_t least[5] = {0, 0, 0x80, 0x800, 0x10000};
-  if (cp < least[len] || cp > 0x10ffff || (cp >= 0xd800 && cp <= 0xdfff)) return 0;
-  return len;
-}
-
 int fs_utf8_put(uint32_t cp, char out[4]) {
   if (cp < 0x80) {
     out[0] = char(cp);

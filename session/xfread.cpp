@@ -279,7 +279,7 @@ void xfautoi()
     if (autoindent && pc.fld == 0 && pc.li >= 0 && pc.li < nbli()) {
         const xfline &l = xf->lines[pc.li];
         bool blank = l.len == 1 && l.text[0] == ' ';
-        if (pc.col >= xfcol_len(l.text, l.len, xf->utf8) || blank) {
+        if (xfcol_off(l.text, l.len, pc.col, xf->utf8) >= l.len || blank) {
             int32_t indent = 0;
             while (indent < l.len && indent < 120 && l.text[indent] == ' ')
                 indent++;
