@@ -110,7 +110,7 @@ const cmd_entry cmd_table[CMD_COUNT] = {
     {"PENDing", CMD_SET, xfcm_notimpl},
     {"SCReen", CMD_SET, xfcm_screen},
     {"STAck", CMD_SET, xfcm_notimpl},
-    {"SYNTax", CMD_SET, xfcm_notimpl},
+    {"SYNTax", CMD_SET, xfcm_syntax},
     {"SYNonym", CMD_SET, xfcm_synonym},
     {"APL", CMD_QUERY, xfcm_notimpl},
     {"CTags", CMD_QUERY, xfcm_notimpl},

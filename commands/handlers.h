@@ -54,6 +54,7 @@ int xfcm_get(const xfcmd &c);
 int xfcm_isoconv(const xfcmd &c);
 int xfcm_keepblanks(const xfcmd &c);
 int xfcm_encoding(const xfcmd &c);
+int xfcm_syntax(const xfcmd &c);
 int xfcm_lastfiles(const xfcmd &c);
 int xfcm_limit(const xfcmd &c);
 int xfcm_preservlinks(const xfcmd &c);

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "syntax/syn.h"
+
 // ---------------------------------------------------------------------------
 // Memory wrapper: callers never test the result; failure goes to xfnomem.
 void *xfmalloc(size_t size);
@@ -176,7 +178,9 @@ struct xfile {
     std::vector<xfpoint> points; // named lines
     int32_t loadmark = -1; // nbli-1 at load
     std::vector<xfcursor> curstack; // proposed cursor positions
-    int32_t synstale = 0;  // colouring state, -1 when stale
+    int32_t synstale = -1; // colouring: -1 to be worked out, 0 off, 1 done
+    int32_t synblock = -1; // the rule block in use, -1 none
+    syn_colouring syn;     // the colours worked out so far
     int32_t format[7] = {0, 71, -1, 0, 1, 0, 1}; // MARGINS and FORMAT
     int32_t eol_kind = 1;  // 0 CR LF, 1 LF
     int32_t case_s = 0;    // SRESPECT
@@ -311,6 +315,7 @@ extern std::string startdir;       // current directory at start
 extern std::vector<std::string> cdpath; // XCDPATH entries, each ending in '/'
 extern std::vector<std::string> xpath;  // XPATH or PATH absolute entries
 extern std::string installdir;     // directory of the program, ending in '/'
+std::string xfuser_data();         // the user's data folder, $XDG_DATA_HOME/vorta/
 extern std::string xhome;          // the editor's home directory
 extern std::vector<std::string> raw_argv; // the vector as split
 extern std::vector<std::string> regrouped_argv; // for restart
@@ -390,6 +395,18 @@ void xfcycle_begin();              // snapshot counters, open undo groups
 void xfcycle_end();                // count changes towards AUTOSAVE
 std::string xfautoname(int index);
 int xfautosave(int index);
+
+// Syntax colouring.
+extern int syntax_global;           // SYNTAX GON: colouring for all files
+// Colours of line li of the current file from column col0, one a column
+// (-1: the row's own); false when the file is not coloured.
+bool xfsyn_colours(int32_t li, int32_t col0, int width, std::vector<int8_t> &out);
+void xfsyn_changed(int32_t li);     // the current file changed at line li or after
+void xfsyn_all_stale();             // rules changed: every file works its colours out again
+// Loads a rule file into the table; 0, or 1 with the message in err and the
+// line in line (0: the file could not be read).
+int xfsyn_load(const std::string &path, std::string &err, int &line);
+void xfsyn_defaults();              // the user's rule file, else the shipped one
 
 // Recovery.
 void xfnomem_save(int reason);     // the ".check" save of xfnomem

@@ -63,6 +63,7 @@ struct page_text {
 struct page_builder {
     std::vector<int32_t> table;            // 14 words a field
     std::vector<page_text> texts;          // what the fields hold
+    std::vector<std::pair<int, std::vector<int8_t>>> colours; // per-cell colours of a field
     int next = 1;                          // next field id
 
     int add(int row, int col, int width, int type, int col_item, int flags = 0,
@@ -101,6 +102,8 @@ struct page_builder {
                 asftyp(t.id, 2);
             }
         }
+        for (auto &c : colours)
+            asccol(c.first, (int)c.second.size(), c.second.data());
     }
 };
 
@@ -382,6 +385,10 @@ void compose_view(page_builder &pb)
             m.fld = pb.add(row, textx, textw, TYPE_INPUT, item,
                            FSF_REPEND | (xf->utf8 ? FSF_UTF8 : 0), line_text(p.li, col0, textw),
                            xf->utf8 != 0);
+            // The syntax colours of the line's characters; the rest keeps the row's.
+            std::vector<int8_t> cols;
+            if (m.fld && xfsyn_colours(p.li, col0, textw, cols))
+                pb.colours.emplace_back(m.fld, std::move(cols));
         }
         xv->rows.push_back(m);
     }

@@ -162,6 +162,7 @@ std::string home_dir()
     return s;
 }
 
+
 bool is_dir(const std::string &p)
 {
     struct stat st;
@@ -275,9 +276,7 @@ void xfprofile(const std::string &asked, const std::vector<std::string> &argv)
     tries.push_back(name);
     if (name[0] != '/') {
         tries.push_back(home_dir() + name);
-        const char *xd = std::getenv("XDG_DATA_HOME");
-        std::string data = xd && *xd ? std::string(xd) : home_dir() + ".local/share";
-        tries.push_back(data + "/vorta/" + name);
+        tries.push_back(xfuser_data() + name);
         tries.push_back(installdir + name);
     }
     for (auto &t : tries) {
@@ -379,6 +378,13 @@ int batch_failed()
 
 } // namespace
 
+std::string xfuser_data()
+{
+    const char *xd = std::getenv("XDG_DATA_HOME");
+    std::string data = xd && *xd ? std::string(xd) : home_dir() + ".local/share";
+    return data + "/vorta/";
+}
+
 void xfexit(int code)
 {
     (void)code; // the status through this route is 0, unless a batch lost a save
@@ -465,6 +471,7 @@ int xfmain(int argc, char **argv)
             die("vorta: too small window");
     }
 
+    xfsyn_defaults(); // before the profile, which may read other rules
     bool run_profile = !o.no_profile && (!batch || !o.profile.empty());
     if (run_profile)
         xfprofile(o.profile, raw_argv);

@@ -194,8 +194,11 @@ void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
         xf->chgcount++;
         xf->chgsince++;
     }
-    if (cd != 's' && xf->synstale != 0)
-        xf->synstale = -1;
+    if (cd != 's') {
+        if (xf->synstale != 0)
+            xf->synstale = -1;
+        xfsyn_changed(std::max(0, li));
+    }
 
     xflines &L = xf->lines;
     switch (cd) {
