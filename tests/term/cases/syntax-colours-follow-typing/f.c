@@ -1,0 +1,4 @@
+int a; /* note */
+char *s = "str";
+int b;
+int c;
