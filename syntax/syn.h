@@ -44,6 +44,11 @@ struct syn_block {
   int icase = 0;              // case ignore
   bool alias = false;         // shares the tables of the block before it
   int variable = 0;           // 0 standard ('.' is part of a word), 1 object
+  // Bytes at which something other than a keyword can begin past column 0,
+  // and whether keywords can be passed over when only the state is wanted
+  // (no comment of the style begins with a word character): set by the load.
+  bool special[256] = {};
+  bool skip_words = false;
 };
 
 extern std::vector<syn_block> syn_table;  // the blocks, in the file's order

@@ -163,6 +163,22 @@ struct loader {
   }
 };
 
+// What a state-only scan must stop at: the comment starters of the style,
+// the quotes, the brackets when they are coloured.
+void mark_special(syn_block &b) {
+  static const char *starters[] = {"/", "#", "!/", "/", "%", "\xA9", "", ";"};
+  for (const char *p = starters[b.comment_style]; *p; p++) b.special[static_cast<unsigned char>(*p)] = true;
+  if (b.string_style == SYN_STR_APL) b.special[static_cast<unsigned char>('\'')] = true;
+  if (b.string_style != SYN_STR_NONE && b.string_style != SYN_STR_APL)
+    b.special[static_cast<unsigned char>('\'')] = b.special[static_cast<unsigned char>('"')] = true;
+  if (!b.t->match.empty())
+    for (const char *p = "()[]{}"; *p; p++) b.special[static_cast<unsigned char>(*p)] = true;
+  // In these styles no comment begins with a word character, so a keyword
+  // taken whole or byte by byte leaves the same state behind.
+  b.skip_words = b.comment_style == SYN_C || b.comment_style == SYN_REXX || b.comment_style == SYN_LATEX ||
+                 b.comment_style == SYN_APLC || b.comment_style == SYN_AUTOIT;
+}
+
 }  // namespace
 
 int syn_parse(std::string_view text, const std::string &path, std::string &err, int &line) {
@@ -192,6 +208,7 @@ int syn_parse(std::string_view text, const std::string &path, std::string &err, 
     line = ld.line;
     return 1;
   }
+  for (syn_block &b : ld.blocks) mark_special(b);
   syn_table = std::move(ld.blocks);
   return 0;
 }

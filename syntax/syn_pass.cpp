@@ -42,6 +42,13 @@ struct line_pass {
   int32_t block_comment(int32_t c) {
     int32_t from = c;
     bool nested = b.comment_style == SYN_REXX;
+    if (!nested) {
+      const void *e = memmem(t + c, size_t(n - c), "*/", 2);
+      c = e ? int32_t(static_cast<const char *>(e) - t) + 2 : n;
+      if (e) st.comment = 0;
+      paint(from, c, b.comment_colour);
+      return c;
+    }
     while (c < n) {
       if (nested && at(c, "/*")) {
         st.comment++;
@@ -171,7 +178,13 @@ struct line_pass {
     int32_t c = 0;
     if (st.comment > 0) c = block_comment(0);
     const std::vector<int> &match = b.t->match;
+    // Only the state wanted: bytes that start nothing are passed over.
+    bool fast = !out && b.skip_words;
     while (c < n) {
+      if (fast && c > 0) {
+        while (c < n && !b.special[static_cast<unsigned char>(t[c])]) c++;
+        if (c >= n) break;
+      }
       int32_t len = comment_at(c);
       if (len > 0) {
         paint(c, n, b.comment_colour);
@@ -210,7 +223,7 @@ struct line_pass {
         c = preprocessor();
         continue;
       }
-      int32_t kw = keyword(c);
+      int32_t kw = fast ? 0 : keyword(c);
       c += kw > 0 ? kw : 1;
     }
   }
