@@ -250,23 +250,3 @@ int xfcm_syscmd(const xfcmd &c)
     return r;
 }
 
-int xfcm_fsearch(const xfcmd &c)
-{
-    if (!starts(c.line, "\\"))
-        return 0;
-    return xfcm_notimpl(c);
-}
-
-int xfcm_bsearch(const xfcmd &c)
-{
-    if (!starts(c.line, "-\\"))
-        return 0;
-    return xfcm_notimpl(c);
-}
-
-int xfcm_rsearch(const xfcmd &c)
-{
-    if (!starts(c.lline, "r/") && !starts(c.lline, "r-/"))
-        return 0;
-    return xfcm_notimpl(c);
-}

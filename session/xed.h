@@ -183,8 +183,8 @@ struct xfile {
     syn_colouring syn;     // the colours worked out so far
     int32_t format[7] = {0, 71, -1, 0, 1, 0, 1}; // MARGINS and FORMAT
     int32_t eol_kind = 1;  // 0 CR LF, 1 LF
-    int32_t case_s = 0;    // SRESPECT
-    int32_t case_c = 0;    // CRESPECT
+    int32_t case_s = 1;    // SRESPECT: sorting compares exactly
+    int32_t case_c = 1;    // CRESPECT: changes compare exactly
     int32_t keepblanks = 0; // trailing blanks kept
     int32_t bin = 0;       // binary file
     int32_t utf8 = 0;      // text mode: 1 UTF-8 (a column is a character), 0 bytes

@@ -115,9 +115,12 @@ void xfdefaults(const std::string &name, int previous)
         }
     }
     if (auto *v = ext_value(ext_case, ext)) {
-        bool upper = !v->empty() && (v->at(0) == 'U' || v->at(0) == 'u');
-        bool respect = v->find_first_of("Rr", 1) != std::string::npos;
-        xf->case_mode = (upper ? 2 : 0) + (respect ? 1 : 0);
+        // Four letters: Mixed or Uppercase, then Respect or Ignore for the
+        // search, the change and the sort.
+        auto letter = [&](size_t i, char dflt) { return i < v->size() ? (char)std::toupper((unsigned char)(*v)[i]) : dflt; };
+        xf->case_mode = (letter(0, 'M') == 'U' ? 2 : 0) + (letter(1, 'R') == 'R' ? 1 : 0);
+        xf->case_c = letter(2, 'R') == 'R';
+        xf->case_s = letter(3, 'R') == 'R';
     }
     if (auto *v = ext_value(ext_lrecl, ext))
         xf->lrecl = *v == "*" ? 0 : std::atoi(v->c_str());

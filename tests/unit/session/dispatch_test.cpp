@@ -117,7 +117,7 @@ TEST_F(Dispatch, RelativeTargetsAndEnds)
     xfcmdline("/c/");
     EXPECT_EQ(curline(), 2);
     xfcmdline("/zz/");
-    EXPECT_EQ(lastmsg(), "..... Not found");
+    EXPECT_EQ(lastmsg(), "..... String \"zz\" not found.");
 }
 
 TEST_F(Dispatch, LinendSplitsAndOnlyLastFailureEmptiesQueue)

@@ -88,7 +88,7 @@ TEST_F(Ring, ExtensionDefaults)
     EXPECT_EQ(xf->keepblanks, 1); // BIN forces KEEPBLANKS
     ext_lrecl.push_back({"*", "80"});
     ext_lrecl.push_back({"c", "72"});
-    ext_case.push_back({"", "U R"});
+    ext_case.push_back({"", "URRI"});
     file({}, "/x/a.c");
     EXPECT_EQ(xf->lrecl, 72);
     EXPECT_EQ(xf->bin, 0);
@@ -96,6 +96,8 @@ TEST_F(Ring, ExtensionDefaults)
     EXPECT_EQ(xf->lrecl, 80);
     file({}, "/x.d/README");
     EXPECT_EQ(xf->case_mode, 3); // no extension: the empty entry
+    EXPECT_EQ(xf->case_c, 1);
+    EXPECT_EQ(xf->case_s, 0);
     keepblanks_global = 1;
     file({}, "/x/b.txt");
     EXPECT_EQ(xf->keepblanks, 1);
