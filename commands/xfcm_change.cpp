@@ -124,10 +124,10 @@ void engine::put(int32_t li)
 {
     if (!xf->keepblanks) {
         size_t e = buf_.find_last_not_of(' ');
-        buf_.resize(e == std::string::npos ? 1 : e + 1);
+        buf_.resize(e == std::string::npos ? 0 : e + 1);
     }
     if (buf_.empty())
-        buf_ = " ";
+        buf_ = " "; // a line a change empties keeps one blank
     xf_do('r', buf_, li, "xfcm_ch1:142");
     lastchanged_ = li;
 }
@@ -169,7 +169,8 @@ bool engine::line(int32_t li, int64_t &total, bool &quit)
             arb_to(r_.to, t, gaps_, repl_);
         } else {
             int32_t zre = zr >= l0.len ? n : std::min(n, zr + (n - l0.len));
-            if (!xfpat_find(pat_, t, n, zl, zre, col, ms, me))
+            // The first match is the one that let the line in.
+            if (!(occ == 0 && col == zl) && !xfpat_find(pat_, t, n, zl, zre, col, ms, me))
                 break;
             repl_ = r_.to;
         }

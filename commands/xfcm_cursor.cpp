@@ -43,16 +43,6 @@ std::string text_of(int32_t li)
 // A page is the view's file rows less one, so a line stays in sight.
 int page_size() { return std::max(1, (int)xv->rows.size() - 1); }
 
-// A line as its characters, one a column.
-std::vector<uint32_t> chars_of(int32_t li)
-{
-    const xfline &l = xf->lines[li];
-    std::vector<uint32_t> cs;
-    for (int32_t off = 0; off < l.len;)
-        cs.push_back(xfcol_char(l.text, l.len, off, off, xf->utf8));
-    return cs;
-}
-
 int32_t columns_of(int32_t li) { return xfcol_len(xf->lines[li].text, xf->lines[li].len, xf->utf8); }
 
 } // namespace
@@ -202,17 +192,25 @@ int xfcm_nextword(const xfcmd &c)
     if (li < 0)
         return 1;
     int32_t col = xf->ptcur_i.col;
+    bool u8 = xf->utf8 != 0;
+    // One walk from the cursor: over the rest of its word, then to the next.
     for (; li < nbli(); li++, col = -1) {
-        std::vector<uint32_t> t = chars_of(li);
-        size_t i = (size_t)std::max(0, col);
-        if (col >= 0)
-            while (i < t.size() && xfwordchar(t[i]))
-                i++;
-        while (i < t.size() && !xfwordchar(t[i]))
+        const xfline &l = xf->lines[li];
+        int32_t off = col > 0 ? xfcol_off(l.text, l.len, col, u8) : 0;
+        int32_t i = std::max(0, col);
+        bool skip_word = col >= 0;
+        while (off < l.len) {
+            int32_t next;
+            uint32_t ch = xfcol_char(l.text, l.len, off, next, u8);
+            bool w = xfwordchar(ch);
+            if (w && !skip_word) {
+                propose(0, li, i);
+                return 1;
+            }
+            if (!w)
+                skip_word = false;
+            off = next;
             i++;
-        if (i < t.size()) {
-            propose(0, li, (int32_t)i);
-            return 1;
         }
     }
     return 1;
@@ -226,18 +224,24 @@ int xfcm_prevword(const xfcmd &c)
     if (li < 0)
         return 1;
     int32_t col = xf->ptcur_i.col;
-    for (; li >= 0; li--) {
-        std::vector<uint32_t> t = chars_of(li);
-        long i = std::min<long>(col, (long)t.size()) - 1;
-        while (i >= 0 && !xfwordchar(t[(size_t)i]))
-            i--;
-        while (i > 0 && xfwordchar(t[(size_t)i - 1]))
-            i--;
-        if (i >= 0 && xfwordchar(t[(size_t)i])) {
-            propose(0, li, (int32_t)i);
+    bool u8 = xf->utf8 != 0;
+    // One walk up to the cursor, noting where the last word before it began.
+    for (; li >= 0; li--, col = 1 << 30) {
+        const xfline &l = xf->lines[li];
+        int32_t start = -1, i = 0;
+        bool prev_w = false;
+        for (int32_t off = 0; off < l.len && i < col; i++) {
+            int32_t next;
+            bool w = xfwordchar(xfcol_char(l.text, l.len, off, next, u8));
+            if (w && !prev_w)
+                start = i;
+            prev_w = w;
+            off = next;
+        }
+        if (start >= 0) {
+            propose(0, li, start);
             return 1;
         }
-        col = 1 << 30;
     }
     return 1;
 }

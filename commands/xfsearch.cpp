@@ -59,7 +59,8 @@ int32_t plain_find(const xfpat &p, const std::string &s, const char *t, int32_t 
         return from <= end ? from : -1;
     if (end - from < m)
         return -1;
-    if (!p.icase) {
+    if (!p.icase && (&s != &p.s || end - from >= 1024)) {
+        // memmem's set-up pays off on long texts only.
         const void *r = memmem(t + from, (size_t)(end - from), s.data(), (size_t)m);
         return r ? (int32_t)((const char *)r - t) : -1;
     }
@@ -69,6 +70,20 @@ int32_t plain_find(const xfpat &p, const std::string &s, const char *t, int32_t 
                 return i;
         return -1;
     }
+    if (!p.icase) {
+        // A short line: the first byte found by memchr, then the rest compared.
+        for (int32_t i = from; i + m <= end;) {
+            const void *q = std::memchr(t + i, (unsigned char)s[0], (size_t)(end - m + 1 - i));
+            if (!q)
+                return -1;
+            i = (int32_t)((const char *)q - t);
+            if (std::memcmp(t + i + 1, s.data() + 1, (size_t)m - 1) == 0)
+                return i;
+            i++;
+        }
+        return -1;
+    }
+    // Horspool over folded bytes: the skips were worked out once per search.
     unsigned char last = (unsigned char)s[(size_t)m - 1];
     for (int32_t i = from; i + m <= end;) {
         unsigned char c = fold(t[i + m - 1]);

@@ -186,7 +186,7 @@ bool split(std::string_view body, compound &c, bool all)
         part p;
         std::string e = elems[k];
         size_t a = e.find_first_not_of(' ');
-        e = a == std::string::npos ? std::string() : e.substr(a);
+        e = a == std::string::npos ? std::string() : e.substr(a, e.find_last_not_of(' ') - a + 1);
         p.text = e;
         size_t j = 0;
         if (j < e.size() && e[j] == '~') {

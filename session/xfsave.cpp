@@ -68,7 +68,7 @@ template <class Put> void emit(unsigned how, Put &&put)
                 text(t + a, b - a);
         } else {
             if (!(how & B_PLAIN) && xf->trunc > 0 && len > xf->trunc)
-                len = xfcol_off(t, len, xf->trunc, u);
+                len = std::min(len, xfcol_off(t, len, xf->trunc, u));
             text(t, len);
             int32_t cols = xf->lrecl > 0 && !(how & B_PLAIN) ? xfcol_len(t, len, u) : 0;
             for (int32_t k = cols; !(how & B_PLAIN) && k < xf->lrecl; k++)
@@ -320,16 +320,17 @@ int xfwrite(bool dosmode, bool verify)
         say("The file " + target + " is write-protected.");
         return 3;
     }
-    // The memory first: a shortage is met before anything on disk is touched.
-    std::string data;
-    build(data, how);
-
     // A file that must keep its inode, or one we may write but not own
-    // (whose owner a new file would change), is written in place.
+    // (whose owner a new file would change), is written in place, from the
+    // whole text built in memory first: a shortage is then met before
+    // anything on disk is touched. A new file beside it is written through
+    // a fixed buffer instead, which asks for no memory at all.
     bool inplace = existed && (preservlinks || st.st_nlink >= 2 ||
                                (geteuid() != 0 && st.st_uid != geteuid()));
+    std::string data;
     int status = 0;
     if (inplace) {
+        build(data, how);
         status = write_inplace(target, data);
     } else {
         mode_t mode = existed ? st.st_mode & 07777 : 0666 & ~umask_now();
@@ -337,13 +338,14 @@ int xfwrite(bool dosmode, bool verify)
         // The backup is made once the new text is safely on disk.
         int err = replace(
             target, mode, existed ? &st : nullptr,
-            [&](int fd) { return pl_write_all(fd, data.data(), data.size()); },
+            [&](int fd) { return stream(fd, how); },
             [&] {
                 if (keep)
                     backup_move(target, target + bak_suffix);
             });
         if (err < 0 && existed) {
             // No new file can be made in the folder: the file itself is written.
+            build(data, how);
             status = write_inplace(target, data);
         } else if (err < 0) {
             say("save: Unable to write " + target + ": " + std::strerror(-err));

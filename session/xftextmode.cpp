@@ -18,10 +18,10 @@ bool xflocale_utf8()
 
 int xftext_mode()
 {
+    if (xf->bin)
+        return 0; // a binary file is bytes whatever ENCODING says
     if (utf8_global >= 0)
         return utf8_global;
-    if (xf->bin)
-        return 0;
     bool past_ascii = false;
     for (int32_t i = 0; i < xf->nbli(); i++) {
         const xfline &l = xf->lines[i];
