@@ -50,8 +50,12 @@ ask_answer ask(int32_t li, int32_t col)
     std::snprintf(hint, sizeof hint, "F%d : Quit    Return : Skipp     F%d : Do     ^F%d : Stop asking",
                   sckey_quit, sckey_do, sckey_do);
     std::snprintf(msg, sizeof msg, "..... String found; F%d key set for change", sckey_do);
-    xfmsgs(hint, 2);
-    if (!xfask(msg, false))
+    // The hint takes the key legend's row while the question stands.
+    std::string legend = pf_legend;
+    pf_legend = hint;
+    bool asked = xfask(msg, false);
+    pf_legend = legend;
+    if (!asked)
         return ASK_QUIT;
     if (xfidx != idx && idx < nbfiles())
         xfsetfile(idx);
