@@ -228,7 +228,7 @@ const cmd_entry cmd_table[CMD_COUNT] = {
     {"LOWercas", 0, xfcm_notimpl},
     {"Locate", 0, xfcm_locate},
     {"MAN", 0, xfcm_notimpl},
-    {"MAtch", 0, xfcm_notimpl},
+    {"MAtch", 0, xfcm_match},
     {"MButton", 0, xfcm_notimpl},
     {"MENu", 0, xfcm_notimpl},
     {"MENUBar", 0, xfcm_notimpl},

@@ -125,3 +125,4 @@ int xfcm_pdffind(const xfcmd &c);
 int xfcm_pdfchange(const xfcmd &c);
 int xfcm_rfind(const xfcmd &c);
 int xfcm_pdfrchange(const xfcmd &c);
+int xfcm_match(const xfcmd &c);

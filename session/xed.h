@@ -402,6 +402,9 @@ extern int syntax_global;           // SYNTAX GON: colouring for all files
 // (-1: the row's own); false when the file is not coloured.
 bool xfsyn_colours(int32_t li, int32_t col0, int width, std::vector<int8_t> &out);
 void xfsyn_changed(int32_t li);     // the current file changed at line li or after
+// Which bytes of line li are in a comment or a string (1), so that bracket
+// matching passes over them; false when the file is not coloured.
+bool xfsyn_inert(int32_t li, std::vector<uint8_t> &mask);
 void xfsyn_all_stale();             // rules changed: every file works its colours out again
 // Loads a rule file into the table; 0, or 1 with the message in err and the
 // line in line (0: the file could not be read).

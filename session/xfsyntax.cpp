@@ -65,6 +65,23 @@ bool xfsyn_colours(int32_t li, int32_t col0, int width, std::vector<int8_t> &out
     return true;
 }
 
+bool xfsyn_inert(int32_t li, std::vector<uint8_t> &mask)
+{
+    const syn_block *b = block();
+    if (!b)
+        return false;
+    static std::vector<uint8_t> bytes;
+    if (!xf->syn.colours(*b, file_lines(), li, bytes))
+        return false;
+    mask.assign(bytes.size(), 0);
+    for (size_t k = 0; k < bytes.size(); k++) {
+        int c = bytes[k];
+        mask[k] = c != SYN_NONE && ((b->comment_colour && c == b->comment_colour) ||
+                                    (b->string_colour && c == b->string_colour));
+    }
+    return true;
+}
+
 void xfsyn_changed(int32_t li) { xf->syn.changed(li); }
 
 void xfsyn_all_stale()
