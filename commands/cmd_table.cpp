@@ -29,7 +29,7 @@ const cmd_entry cmd_table[CMD_COUNT] = {
     {"CASE", CMD_SET | CMD_QUERY, xfcm_case},
     {"CLICKdelay", CMD_SET | CMD_QUERY, xfcm_clickdelay},
     {"CMDline", CMD_SET | CMD_QUERY, xfcm_cmdline},
-    {"COLor", CMD_SET | CMD_QUERY, xfcm_notimpl},
+    {"COLor", CMD_SET | CMD_QUERY, xfcm_color},
     {"CTLchar", CMD_SET | CMD_QUERY, xfcm_notimpl},
     {"CURLine", CMD_SET | CMD_QUERY, xfcm_curline},
     {"DISPlay", CMD_SET | CMD_QUERY, xfcm_notimpl},

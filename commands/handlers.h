@@ -126,3 +126,4 @@ int xfcm_pdfchange(const xfcmd &c);
 int xfcm_rfind(const xfcmd &c);
 int xfcm_pdfrchange(const xfcmd &c);
 int xfcm_match(const xfcmd &c);
+int xfcm_color(const xfcmd &c);

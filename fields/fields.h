@@ -252,6 +252,7 @@ void asfacol(int on);
 void asfrepeat(int on);
 void fsalrm();
 void asfmap(int entry, int red, int green, int blue);
+void asqmap(int entry, int *red, int *green, int *blue);  // an entry as set
 void asfro(int on);  // the status line's read-only mark
 
 // ---- input -----------------------------------------------------------------

@@ -516,3 +516,11 @@ void asfmap(int entry, int red, int green, int blue) {
   if (fs.plat) fs.plat->palette(e, red, green, blue);
   if (fs.acol) fs.colchange = true;
 }
+
+void asqmap(int entry, int *red, int *green, int *blue) {
+  if (!fs.started) colourinit();  // a run with no screen still lists the defaults
+  int e = (entry < 0 ? 0 : entry) % 65;
+  *red = fs.pal[e][0];
+  *green = fs.pal[e][1];
+  *blue = fs.pal[e][2];
+}

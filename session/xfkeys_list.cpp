@@ -1,7 +1,7 @@
-// The keys listing: every definition as the SET line that makes it, the
-// file setkeys.vorta that brings the same keys back when called as a macro,
-// and the scrolling page that shows the list on the field manager.
+// The keys listing: every definition as the SET line that makes it, and the
+// file setkeys.vorta that brings the same keys back when called as a macro.
 #include "session/xfkeys.h"
+#include "session/xflistpage.h"
 
 #include "commands/commands.h"
 #include "fields/fields.h"
@@ -25,8 +25,6 @@ constexpr const char *prefixes[KEY_STATES] = {
 };
 constexpr int HEAD = 16;                // width of the SET part of a line
 constexpr int LIST_CLASSES[KC_COUNT] = {KC_F, KC_R, KC_L};
-constexpr const char *LEGEND =
-    "1/^c:QUIT  2:Make File  7:Scroll up  8:Scroll down  S-F11:top  S-F12:bot";
 constexpr const char *KEYS_FILE = "setkeys.vorta";
 constexpr uint32_t KEYS_PAGE = 0x6b657973; // a page number of its own
 
@@ -47,18 +45,6 @@ std::string with_def(std::string head, const xfkeydef &d)
 std::string char_name(int c)
 {
     return c == 27 ? std::string("ESCAPE") : std::string(1, char(c));
-}
-
-// A REXX string holding the line, quotes doubled.
-std::string quoted(const std::string &line)
-{
-    std::string q = "'";
-    for (char ch : line) {
-        q += ch;
-        if (ch == '\'')
-            q += '\'';
-    }
-    return q + "'";
 }
 
 } // namespace
@@ -101,103 +87,12 @@ std::vector<std::string> xfkeys_list()
     return out;
 }
 
-// The file is a macro: a comment, then each SET line as a command string.
 int xfkeys_write(const std::string &path)
 {
-    FILE *f = fopen(path.c_str(), "w");
-    if (!f)
-        return 1;
-    bool ok = fputs("/* Key definitions: call this macro to set them again */\n", f) >= 0;
-    for (const std::string &line : xfkeys_list())
-        ok = ok && fprintf(f, "%s\n", quoted(line).c_str()) >= 0;
-    ok = fclose(f) == 0 && ok;
-    return ok ? 0 : 1;
+    return xflist_write(path, "Key definitions: call this macro to set them again", xfkeys_list());
 }
-
-namespace {
-
-// The list on its page: one protected field a row, the legend on the last.
-struct list_page {
-    std::vector<std::string> lines; // the listing
-    int top = 0;                    // index of the first line shown
-    int rows = 0;                   // rows for the list
-    int cols = 0;                   // width of the grid
-
-    void create()
-    {
-        fspcrt(KEYS_PAGE);
-        int nlines = 0;
-        fs_grid(&nlines, &cols);
-        rows = nlines > 1 ? nlines - 1 : 0;
-        std::vector<int32_t> t;
-        for (int r = 1; r <= rows + 1 && cols > 0; r++) {
-            const int32_t row[14] = {r, r, 1, 1, cols, 2, 1, 0, 0, 0, 0, 0, 0, 0};
-            t.insert(t.end(), row, row + 14);
-        }
-        asrfmt(int(t.size() / 14), 14, t.data());
-        std::string legend(LEGEND);
-        ascput(rows + 1, int(legend.size()), legend.c_str());
-        asfcur(rows + 1, 1, 1);
-        show();
-    }
-
-    int last_top() const { return int(lines.size()) > rows ? int(lines.size()) - rows : 0; }
-
-    void scroll(int to)
-    {
-        top = to < 0 ? 0 : to > last_top() ? last_top() : to;
-        show();
-    }
-
-    void show()
-    {
-        for (int r = 1; r <= rows; r++) {
-            size_t i = size_t(top + r - 1);
-            const std::string &s = i < lines.size() ? lines[i] : std::string();
-            ascput(r, int(s.size()), s.c_str());
-        }
-    }
-};
-
-} // namespace
 
 int xfshow_keys()
 {
-    list_page p;
-    p.lines = xfkeys_list();
-    uint32_t prev = fs_curpage();
-    p.create();
-    int resized = 0;
-    const int nf = key_class[KC_F].nbkeys;
-    for (;;) {
-        int code = 0, value = 0, mod = 0;
-        asread(&code, &value, &mod);
-        if (code == 23 || code == FSK_CLOSE || (code == 22 && (value == 'c' || value == 'C')))
-            break;
-        if (code == 25) {
-            fsresize();
-            resized = 1;
-            p.create();
-            p.scroll(p.top);
-            continue;
-        }
-        if (code != 1)
-            continue;
-        if (value == 1)
-            break;
-        if (value == 2 && xfkeys_write(KEYS_FILE) != 0)
-            fsalrm();
-        else if (value == 7)
-            p.scroll(p.top - p.rows);
-        else if (value == 8)
-            p.scroll(p.top + p.rows);
-        else if (value == 11 + nf)
-            p.scroll(0);
-        else if (value == 12 + nf)
-            p.scroll(p.last_top());
-    }
-    fspdel(KEYS_PAGE);
-    if (!resized && prev != FS_NOPAGE)
-        fspsel(prev);
-    return resized;
+    return xflist_show(xfkeys_list(), KEYS_PAGE, [] { return xfkeys_write(KEYS_FILE); });
 }

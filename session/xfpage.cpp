@@ -22,7 +22,7 @@ std::string pf_legend =
 xfscreendef screen_def; // SCReen's division, kept for resizes
 
 // Colour items of the page: logical colour and hilite of each.
-const xfcolour_item colour_items[38] = {
+xfcolour_item colour_items[38] = {
     {"Filearea", 2, 0},      {"CURLine", 7, 0},      {"Arrow", 3, 0},       {"MSgline", 1, 0},
     {"CURrent", 7, 0},       {"CURRENTedited", 7, 0}, {"Nocurrent", 2, 0},  {"Edited", 2, 0},
     {"PEnding", 1, 0},       {"PRefix", 6, 0},       {"Idline", 4, 0},      {"CMdline", 3, 0},
@@ -80,6 +80,7 @@ struct page_builder {
         f.type = type;
         f.intensity = 1;
         f.colour = colour(col_item);
+        f.hilite = colour_items[col_item].hilite;
         f.flags = flags;
         const int32_t *w = reinterpret_cast<const int32_t *>(&f);
         table.insert(table.end(), w, w + 14);

@@ -11,7 +11,7 @@ struct xfcolour_item {
     int colour;       // logical colour
     int hilite;       // field hilite
 };
-extern const xfcolour_item colour_items[38];
+extern xfcolour_item colour_items[38]; // the last has an empty name
 
 // SCReen's division of the grid, re-applied at each resize.
 struct xfscreendef {
