@@ -142,6 +142,7 @@ fs_plat *fs_layer();  // the layer given to fsinit
 
 int asrfmt(int nrows, int words, const int32_t *table);
 int asxfmt(int words, const int32_t *row, const fsxfield &x);
+int asxset(int id, const fsxfield &x);  // the extended record of a field made already; -1 none
 void asfclr();
 void fspcrt(uint32_t page, int lines = 0, int cols = 0, int flag = 0);
 void fspsel(uint32_t page);

@@ -494,6 +494,13 @@ int asxfmt(int words, const int32_t *row, const fsxfield &x) {
   return r;
 }
 
+int asxset(int id, const fsxfield &x) {
+  int pos = fs_find(id);
+  if (!pos) return -1;
+  pg().ext[size_t(pos) - 1] = x;
+  return 0;
+}
+
 void asfclr() {
   if (!fs_started("fsalrm : call fsinit() first")) return;
   as_errno = 0;

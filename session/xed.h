@@ -299,6 +299,11 @@ void xfdelfile();
 void xfsortring(int from, int to);
 void xfsession_reset();             // empty ring, one view (tests and start-up)
 void xfsession_end();               // the ring and the views freed: the session is over
+// A field's text: UTF-8 for a field of UTF-8 text, else a byte a cell.
+std::string xffield_text(int id, bool trim, bool utf8);
+// Line li of a file row as it would be with the row's text typed: the part
+// before the view's first column and the part past the field kept.
+std::string xfrow_line(const xview::rowmap &m, const std::string &typed);
 std::string xfext(std::string_view name); // text after the last '.', or ""
 
 // Hooks that later subsystems fill; null does nothing.
@@ -406,6 +411,12 @@ void xfsyn_changed(int32_t li);     // the current file changed at line li or af
 // matching passes over them; false when the file is not coloured.
 bool xfsyn_inert(int32_t li, std::vector<uint8_t> &mask);
 void xfsyn_all_stale();             // rules changed: every file works its colours out again
+// The check after a keystroke on a file row (the field manager's change
+// callback; arg the view, line the row): when the typed text changes only
+// that row's colours they are set on the field at once (0); when it changes
+// the state the next lines start in, 1 asks for the rows to be committed and
+// the page coloured again.
+int xfsyn_typed(const char *text, int len, intptr_t view, int row, int op, int pos);
 // Loads a rule file into the table; 0, or 1 with the message in err and the
 // line in line (0: the file could not be read).
 int xfsyn_load(const std::string &path, std::string &err, int &line);

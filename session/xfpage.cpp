@@ -64,6 +64,7 @@ struct page_builder {
     std::vector<int32_t> table;            // 14 words a field
     std::vector<page_text> texts;          // what the fields hold
     std::vector<std::pair<int, std::vector<int8_t>>> colours; // per-cell colours of a field
+    std::vector<std::pair<int, fsxfield>> exts;             // extended records of fields
     int next = 1;                          // next field id
 
     int add(int row, int col, int width, int type, int col_item, int flags = 0,
@@ -105,6 +106,8 @@ struct page_builder {
         }
         for (auto &c : colours)
             asccol(c.first, (int)c.second.size(), c.second.data());
+        for (auto &e : exts)
+            asxset(e.first, e.second);
     }
 };
 
@@ -388,8 +391,16 @@ void compose_view(page_builder &pb)
                            xf->utf8 != 0);
             // The syntax colours of the line's characters; the rest keeps the row's.
             std::vector<int8_t> cols;
-            if (m.fld && xfsyn_colours(p.li, col0, textw, cols))
+            if (m.fld && xfsyn_colours(p.li, col0, textw, cols)) {
                 pb.colours.emplace_back(m.fld, std::move(cols));
+                // Typing on the row keeps its colours true before ENTER.
+                fsxfield x{};
+                x.on_change = xfsyn_typed;
+                x.change_arg = xvidx;
+                x.line = (int32_t)xv->rows.size();
+                x.limit = -1;
+                pb.exts.emplace_back(m.fld, x);
+            }
         }
         xv->rows.push_back(m);
     }

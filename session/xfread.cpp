@@ -19,6 +19,36 @@ int autoindent = 1;       // AUTOINDENT ON
 int autoindent_stay = 1;  // AUTOINDENT ... STAY
 int wheel_lines[2] = {4, 10}; // wheel scroll, plain and with Shift
 
+// A field's text: UTF-8 for a field of UTF-8 text, else a byte a cell.
+std::string xffield_text(int id, bool trim, bool utf8)
+{
+    int len = 0;
+    char *s = utf8 ? ascget_utf8(id, &len, trim ? 1 : 0) : ascget_char(id, &len, trim ? 1 : 0);
+    std::string t = s ? std::string(s, (size_t)len) : std::string();
+    std::free(s);
+    return t;
+}
+
+// The part before the view's first column and the part past the field are
+// kept around what the row holds now.
+std::string xfrow_line(const xview::rowmap &m, const std::string &typed)
+{
+    const xfline &l = xf->lines[m.li];
+    bool u = xf->utf8;
+    std::string_view old(l.text, (size_t)l.len);
+    // Columns, not bytes: the row showed m.len columns from column m.col0.
+    size_t a = (size_t)xfcol_off(l.text, l.len, m.col0, u);
+    size_t b = (size_t)xfcol_off(l.text, l.len, m.col0 + m.len, u);
+    std::string now(old.substr(0, std::min(old.size(), a)));
+    now.resize(a, ' ');
+    now += typed;
+    if (old.size() > b) {
+        now.append((size_t)std::max(0, m.len - xfcol_len(typed.data(), (int32_t)typed.size(), u)), ' ');
+        now += old.substr(b);
+    }
+    return now;
+}
+
 namespace {
 
 bool asr = false;       // the read ended with ENTER
@@ -63,16 +93,6 @@ where locate_field(int id)
     return w;
 }
 
-// A field's text: UTF-8 for a field of UTF-8 text, else a byte a cell.
-std::string field_text(int id, bool trim, bool utf8)
-{
-    int len = 0;
-    char *s = utf8 ? ascget_utf8(id, &len, trim ? 1 : 0) : ascget_char(id, &len, trim ? 1 : 0);
-    std::string t = s ? std::string(s, (size_t)len) : std::string();
-    std::free(s);
-    return t;
-}
-
 // The cursor as the field manager has it, made the current view's.
 void read_cursor()
 {
@@ -101,31 +121,16 @@ void read_cursor()
     }
 }
 
-// A typed file row goes back into its line: the part before the view's
-// first column and the part past the field are kept.
 void commit_line(const xview::rowmap &m, const std::string &typed)
 {
     if (m.li < 0 || m.li >= nbli())
         return;
     const xfline &l = xf->lines[m.li];
-    bool u = xf->utf8;
-    std::string old(l.text, (size_t)l.len);
-    // Columns, not bytes: the row showed m.len columns from column m.col0.
-    size_t a = (size_t)xfcol_off(l.text, l.len, m.col0, u);
-    size_t b = (size_t)xfcol_off(l.text, l.len, m.col0 + m.len, u);
-    std::string head = old.substr(0, std::min(old.size(), a));
-    head.resize(a, ' ');
-    std::string beyond;
-    if (old.size() > b)
-        beyond = old.substr(b);
-    std::string mid = typed;
-    if (!beyond.empty())
-        mid.append((size_t)std::max(0, m.len - xfcol_len(mid.data(), (int32_t)mid.size(), u)), ' ');
-    std::string now = head + mid + beyond;
+    std::string now = xfrow_line(m, typed);
     if (!xf->keepblanks)
         while (!now.empty() && now.back() == ' ')
             now.pop_back();
-    if (now != old)
+    if (now.size() != (size_t)l.len || now.compare(0, now.size(), l.text, (size_t)l.len) != 0)
         xf_do('r', now, m.li, "xfack1");
 }
 
@@ -160,7 +165,7 @@ void xfack()
             continue;
         for (auto &m : xv->rows)
             if (m.li >= 0 && m.li < nbli() && modified(m.fld))
-                commit_line(m, field_text(m.fld, true, xf->utf8 != 0));
+                commit_line(m, xffield_text(m.fld, true, xf->utf8 != 0));
     }
     for (int v = 0; v < (int)views.size(); v++) {
         xfsetview(v);
@@ -168,12 +173,12 @@ void xfack()
             continue;
         for (auto &m : xv->rows)
             if (modified(m.pfx))
-                commit_prefix(m, field_text(m.pfx, true, false));
+                commit_prefix(m, xffield_text(m.pfx, true, false));
     }
     for (int v = 0; v < (int)views.size(); v++) {
         xview *vw = views[(size_t)v];
         if (modified(vw->cmdfield)) {
-            std::string t = field_text(vw->cmdfield, true, xflocale_utf8());
+            std::string t = xffield_text(vw->cmdfield, true, xflocale_utf8());
             for (auto &ch : t)
                 if ((unsigned char)ch == 0)
                     ch = ' ';
@@ -349,6 +354,11 @@ void xfread(int toplevel)
                 fsalrm();
             else
                 xfdisplay(); // the line grew: lay the page out again
+            continue;
+        case 60: // typing changed the colours of the lines below
+            read_cursor();
+            xfack();
+            xfdisplay();
             continue;
         case 47: case 48: // a cursor key at the edge of the file area
             read_cursor();

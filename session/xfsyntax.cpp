@@ -3,6 +3,7 @@
 // page shows, one a column.
 #include "session/xed.h"
 #include "commands/commands.h"
+#include "fields/fields.h"
 
 #include <sys/stat.h>
 
@@ -45,6 +46,23 @@ const syn_block *block()
 
 } // namespace
 
+namespace {
+
+// One colour a column from column col0: that of the character's first byte.
+void by_column(const char *text, int32_t len, const uint8_t *bytes, int32_t col0, int width,
+               std::vector<int8_t> &out)
+{
+    out.assign((size_t)width, -1);
+    int32_t off = xfcol_off(text, len, col0, xf->utf8);
+    for (int k = 0; k < width && off < len; k++) {
+        uint8_t c = bytes[off];
+        out[(size_t)k] = c == SYN_NONE ? -1 : (int8_t)c;
+        xfcol_char(text, len, off, off, xf->utf8);
+    }
+}
+
+} // namespace
+
 bool xfsyn_colours(int32_t li, int32_t col0, int width, std::vector<int8_t> &out)
 {
     const syn_block *b = block();
@@ -53,16 +71,32 @@ bool xfsyn_colours(int32_t li, int32_t col0, int width, std::vector<int8_t> &out
     static std::vector<uint8_t> bytes;
     if (!xf->syn.colours(*b, file_lines(), li, bytes))
         return false;
-    // One colour a column: that of the character's first byte.
     const xfline &l = xf->lines[li];
-    out.assign((size_t)width, -1);
-    int32_t off = xfcol_off(l.text, l.len, col0, xf->utf8);
-    for (int k = 0; k < width && off < l.len; k++) {
-        uint8_t c = bytes[(size_t)off];
-        out[(size_t)k] = c == SYN_NONE ? -1 : (int8_t)c;
-        xfcol_char(l.text, l.len, off, off, xf->utf8);
-    }
+    by_column(l.text, l.len, bytes.data(), col0, width, out);
     return true;
+}
+
+int xfsyn_typed(const char *, int, intptr_t view, int row, int, int)
+{
+    if (view != xvidx || !xf || row < 0 || (size_t)row >= xv->rows.size())
+        return 1;
+    const xview::rowmap m = xv->rows[(size_t)row];
+    const syn_block *b = block();
+    if (!b || m.li < 0 || m.li >= nbli() || !m.fld)
+        return 0;
+    std::string now = xfrow_line(m, xffield_text(m.fld, true, xf->utf8 != 0));
+    syn_state start = xf->syn.state_at(*b, file_lines(), m.li);
+    const xfline &l = xf->lines[m.li];
+    syn_state before = syn_line(*b, l.text, l.len, start, nullptr);
+    static std::vector<uint8_t> bytes;
+    bytes.resize(now.size());
+    syn_state after = syn_line(*b, now.data(), (int32_t)now.size(), start, bytes.data());
+    if (!(before == after))
+        return 1; // the lines below change colour too
+    std::vector<int8_t> cols;
+    by_column(now.data(), (int32_t)now.size(), bytes.data(), m.col0, m.len, cols);
+    asccol(m.fld, (int)cols.size(), cols.data());
+    return 0;
 }
 
 bool xfsyn_inert(int32_t li, std::vector<uint8_t> &mask)

@@ -99,9 +99,10 @@ class syn_colouring {
   // Colours of line i (its bytes) into out; false when the block is none.
   bool colours(const syn_block &b, const syn_lines &f, int32_t i, std::vector<uint8_t> &out);
   int32_t known() const { return int32_t(marks_.size()); }  // states kept
+  // The state line i starts in.
+  syn_state state_at(const syn_block &b, const syn_lines &f, int32_t i);
 
  private:
-  syn_state state_at(const syn_block &b, const syn_lines &f, int32_t i);
   std::vector<syn_state> marks_;     // state at line k * 256, for k < size
   int32_t last_line_ = -1;           // the line whose end state is below
   syn_state last_end_;               // that line's end state: the next line's start
