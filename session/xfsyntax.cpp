@@ -26,6 +26,18 @@ bool readable(const std::string &p)
     return stat(p.c_str(), &st) == 0 && S_ISREG(st.st_mode);
 }
 
+// make's own file names carry no extension: they take the rules of .mk.
+std::string rule_name(const std::string &fname)
+{
+    static const char *const make_names[] = {"Makefile", "makefile", "GNUmakefile"};
+    size_t slash = fname.rfind('/');
+    std::string_view base = std::string_view(fname).substr(slash == std::string::npos ? 0 : slash + 1);
+    for (const char *n : make_names)
+        if (base == n)
+            return fname + ".mk";
+    return fname;
+}
+
 // The block for the current file, worked out again when it is stale.
 const syn_block *block()
 {
@@ -33,7 +45,7 @@ const syn_block *block()
         return nullptr;
     if (xf->synstale < 0) {
         const xfline &first = xf->lines[0];
-        int b = syn_choose(xf->fname, std::string_view(first.text, (size_t)first.len), false,
+        int b = syn_choose(rule_name(xf->fname), std::string_view(first.text, (size_t)first.len), false,
                            xf->case_mode == 0 || xf->case_mode == 2);
         if (b != xf->synblock)
             xf->syn.reset();

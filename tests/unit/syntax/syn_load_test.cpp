@@ -73,6 +73,7 @@ TEST(SynLoad, BlocksAliasesAndSettings) {
   EXPECT_EQ(c.t->cpp, (std::vector<int>{9}));
   // Aliases share the tables and the settings of their block.
   EXPECT_TRUE(syn_table[1].alias);
+  EXPECT_EQ(syn_table[1].t.get(), c.t.get()) << "every extension of a line shares one table";
   EXPECT_EQ(syn_table[2].name, "cpp");
   EXPECT_EQ(syn_table[2].t.get(), c.t.get());
   EXPECT_EQ(syn_table[2].comment_colour, 4);

@@ -41,6 +41,10 @@ TEST(SynPass, CommentsAndStringsOfStyleC) {
   EXPECT_EQ(p[1], "44444444...444444");
   EXPECT_EQ(p[2], "....6666666.666666.444444444");
   EXPECT_EQ(p[3], "66666") << "a string ends at the line's end";
+  syn_state after_string;
+  auto q = paint(b, {"s = 'open /*", "x = 1; // c"}, &after_string);
+  EXPECT_EQ(q[1], ".......4444") << "the line after an unclosed string starts clean";
+  EXPECT_EQ(after_string.comment, 0);
   syn_state end;
   paint(b, {"x /* never closed", "", "more"}, &end);
   EXPECT_EQ(end.comment, 1) << "an unclosed comment runs to the end of the file";
