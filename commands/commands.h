@@ -145,6 +145,9 @@ extern std::vector<std::vector<std::string>> arg_frames; // words of executing m
 
 // Command history.
 void xfhist_add(std::string_view line);
+// The command `back` entries before the newest (0 the newest); false when
+// the history holds fewer.
+bool xfhist_get(size_t back, std::string &out);
 
 // Queue operations used by the dispatcher.
 void xfqueue_clear();

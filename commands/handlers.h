@@ -127,3 +127,30 @@ int xfcm_rfind(const xfcmd &c);
 int xfcm_pdfrchange(const xfcmd &c);
 int xfcm_match(const xfcmd &c);
 int xfcm_color(const xfcmd &c);
+
+// Selective display.
+int xfcm_all(const xfcmd &c);
+int xfcm_exclude(const xfcmd &c);
+int xfcm_xedexclude(const xfcmd &c);
+int xfcm_pdfexclude(const xfcmd &c);
+int xfcm_show(const xfcmd &c);
+int xfcm_display(const xfcmd &c);
+int xfcm_scope(const xfcmd &c);
+int xfcm_shadow(const xfcmd &c);
+
+// Block line operations.
+int xfcm_copy(const xfcmd &c);
+int xfcm_xedcopy(const xfcmd &c);
+int xfcm_move(const xfcmd &c);
+int xfcm_delete(const xfcmd &c);
+int xfcm_xeddelete(const xfcmd &c);
+int xfcm_pdfdelete(const xfcmd &c);
+int xfcm_duplicat(const xfcmd &c);
+int xfcm_shift(const xfcmd &c);
+int xfcm_uppercas(const xfcmd &c);
+int xfcm_lowercas(const xfcmd &c);
+int xfcm_merge(const xfcmd &c);
+int xfcm_sort(const xfcmd &c);
+int xfcm_nsort(const xfcmd &c);
+int xfcm_repeat(const xfcmd &c);
+int xfcm_stack(const xfcmd &c);

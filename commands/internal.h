@@ -114,6 +114,23 @@ int xftarget_parse(std::string_view target, bool move);
 // The same with the caller's wishes: `for_command` when a command takes the
 // target (no "Wrapped" message), `all` for ALL's extra part forms.
 int xftarget_parse(std::string_view target, bool move, bool for_command);
+// ALL's expression: parts joined by `&` and `|`, evaluated left to right.
+struct xfselpart {
+    std::string str;    // the string or regular expression, decoded
+    bool neg = false;   // ~: the lines without it
+    bool blank = false; // the word blank: lines of blanks only
+    bool regex = false; // r/re/
+    bool word = false;  // \string\: whole words
+};
+struct xfselexpr {
+    std::vector<xfselpart> parts; // at least one
+    std::string conns;            // '&' or '|' before each part after the first
+};
+// Splits and checks the expression; false with the message given and
+// cmd_rc set (163 an even count of elements, 16 a wrong part, 108 an empty
+// string, 150 bad hexadecimal).
+bool xfselexpr_parse(std::string_view body, xfselexpr &e);
+
 // The lines a command's target names: the target at the front of `ops` is
 // parsed (the current line stays) and `ops` is left at what follows it. On
 // success `first` is the first line of the range and `n` its count: from
@@ -134,3 +151,40 @@ int xfsearch_string(std::string_view text, int dir, bool regex, bool in_target, 
 // Handlers of on/off settings share this: no operand reports the state with
 // message 9 or 10; ON or OFF sets it; anything else is message 16.
 int xfonoff(const xfcmd &c, int &flag);
+
+// ---------------------------------------------------------------------------
+// Counts and line services of the block commands; the prefix commands call
+// them too. The services walk the lines in scope of their range (all lines
+// under SCOPE ALL) and change the current file through xf_do, so that the
+// caller's command stays one undo step.
+
+// Count-from-target: the target at the front of `text` (which is left at
+// what follows it) as a count from the current line, negative for a target
+// before it; empty text counts 1. Returns 0, or -2 / -3 with the message given.
+int xftarget_count(std::string_view &text, int64_t &count);
+// The same for commands that go forward only: a target before the current
+// line is message 168 and -3.
+int xftarget_forward(std::string_view &text, int64_t &count);
+// The lines a count names from the current line: forward from it, or for a
+// negative count the lines before it up to it. The top of the file counts
+// one fewer from line 0; the range is cut at the end. False when empty.
+bool xfcount_range(int64_t count, int32_t &first, int64_t &n);
+
+// Deletes the lines in scope of n lines from li (li -1 counts one fewer
+// from 0), moving marks, pending entries and current lines; returns how many.
+int64_t xfdel(int32_t li, int64_t n, const char *tag);
+// Copies of the lines in scope of n lines from li, owned by the caller.
+std::vector<xfline> xfcopy_out(int32_t li, int64_t n);
+// Inserts the lines after line `after` (-1 the top); they become the file's
+// and `lines` is left empty.
+void xfinsert_lines(int32_t after, std::vector<xfline> &lines, const char *tag);
+// n copies of line li after it; of the top of the file, n one-blank lines.
+void xfdup(int32_t li, int32_t n);
+// Shifts lines a to b n columns right (blanks inserted) or left (columns
+// removed, whatever they hold) at the zone's left column, or behind the
+// first word with `keep_label`. Lines that end before that column, and
+// one-blank lines, stay. Return the lines changed.
+int64_t xfshr(int32_t a, int32_t b, int32_t n, bool keep_label);
+int64_t xfshl(int32_t a, int32_t b, int32_t n, bool keep_label);
+// Upper-cases or lower-cases the zone of lines a to b; returns the lines changed.
+int64_t xfcase_lines(int32_t a, int32_t b, bool upper);

@@ -45,6 +45,14 @@ void xfhist_add(std::string_view line)
     history_pos = -1;
 }
 
+bool xfhist_get(size_t back, std::string &out)
+{
+    if (back >= history.size())
+        return false;
+    out = history[history.size() - 1 - back];
+    return true;
+}
+
 int xfcm_notimpl(const xfcmd &c)
 {
     xftrace("Commande notimpl");

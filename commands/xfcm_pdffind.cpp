@@ -601,3 +601,40 @@ int xfcm_pdfrchange(const xfcmd &c)
     }
     return do_change(last, true);
 }
+
+// The panel-style EXCLUDE: the FIND operands, with each line found hidden
+// instead of shown; ALL hides every line that holds the string.
+int xfcm_pdfexclude(const xfcmd &c)
+{
+    xftrace("Commande xfcm_pdfexclude");
+    if (!xf)
+        return 1;
+    psearch s;
+    if (int r = parse(c.ops(), 1, s)) {
+        cmd_rc = r;
+        return 1;
+    }
+    int dir = s.dir == D_LAST || s.dir == D_PREV ? -1 : 1;
+    int32_t li, at, ms, me;
+    start_of(s, s.dir, li, at);
+    int32_t hid = xv->display_hi == 2147483647 ? 2147483647 : xv->display_hi + 1;
+    int64_t total = 0;
+    while (search(s, dir, li, at, ms, me)) {
+        xf->lines[li].selevel = hid;
+        total++;
+        if (s.dir != D_ALL)
+            break;
+        li++;
+        at = 0;
+    }
+    if (!total) {
+        not_found(s);
+        return 1;
+    }
+    char buf[64];
+    std::snprintf(buf, sizeof buf, total > 1 ? "%lld lines excluded." : "%lld line excluded.",
+                  (long long)total);
+    xfmsgs(buf, 0);
+    cmd_rc = 0;
+    return 1;
+}

@@ -81,6 +81,7 @@ struct part {
     bool neg = false; // ~: a line without it
     bool regex = false; // r/.../ (ALL only)
     bool blank = false; // the word blank (ALL only): an empty or blank line
+    bool word = false;  // \string\ (ALL only): whole words
     xfpat pat;        // prepared
 };
 
@@ -103,6 +104,38 @@ struct compound {
 };
 
 bool is_conn(char ch) { return ch == '&' || ch == '|' || ch == '\x8f'; }
+
+// ALL's word for lines of blanks, from its first letter.
+bool blank_word(std::string_view w)
+{
+    if (w.empty() || w.size() > 5)
+        return false;
+    for (size_t i = 0; i < w.size(); i++)
+        if ((w[i] | 32) != "blank"[i])
+            return false;
+    return true;
+}
+
+// The alphanumeric word that starts at k.
+std::string_view word_at(std::string_view s, size_t k)
+{
+    size_t e = k;
+    while (e < s.size() && is_alnum(s[e]))
+        e++;
+    return s.substr(k, e - k);
+}
+
+// Whether an ALL part that is not a delimited string starts at k: a blank
+// word or a regular expression, either negated.
+bool all_part_at(std::string_view s, size_t k)
+{
+    if (k < s.size() && s[k] == '~')
+        k++;
+    if (k + 1 < s.size() && (s[k] | 32) == 'r' && (s[k + 1] == '/' || s[k + 1] == '\\'))
+        return true;
+    std::string_view w = word_at(s, k);
+    return blank_word(w) && (k + w.size() >= s.size() || !is_alnum(s[k + w.size()]));
+}
 
 // Splits a compound: parts and connectors alternate. False for an even
 // number of elements (message 163 is the caller's).
@@ -136,7 +169,7 @@ bool split(std::string_view body, compound &c, bool all)
         if (ch == '~')
             return k + 1 < body.size() && (body[k + 1] == d || body[k + 1] == '\\' ||
                                            !is_alnum(body[k + 1]));
-        if (all && (body.substr(k, 5) == "blank" || (body.substr(k, 2) == "r/")))
+        if (all && all_part_at(body, k))
             return true;
         unsigned char u = (unsigned char)ch;
         return (u < 92 || u > 126) && !is_alnum(ch);
@@ -149,8 +182,15 @@ bool split(std::string_view body, compound &c, bool all)
         if (k - 1 == lead || (k - 2 == lead && body[lead] == '~'))
             return false; // the opening delimiter itself
         char ch = body[k - 1];
-        if (ch == d || (all && k >= 5 && body.substr(k - 5, 5) == "blank"))
+        if (ch == d)
             return true;
+        if (all) {
+            size_t b = k;
+            while (b > lead && is_alnum(body[b - 1]))
+                b--;
+            if (b < k && blank_word(body.substr(b, k - b)))
+                return true;
+        }
         return !is_alnum(ch) && ch != ' ';
     };
     for (; i < body.size(); i++) {
@@ -194,16 +234,17 @@ bool split(std::string_view body, compound &c, bool all)
             j++;
         }
         std::string rest = e.substr(j);
-        if (all && (rest == "blank" || rest.rfind("blank ", 0) == 0)) {
+        if (all && blank_word(rest) && !rest.empty()) {
             p.blank = true;
         } else {
-            if (all && rest.size() >= 2 && (rest[0] == 'r' || rest[0] == 'R') && rest[1] == '/') {
+            if (all && rest.size() >= 2 && (rest[0] == 'r' || rest[0] == 'R') && (rest[1] == '/' || rest[1] == '\\')) {
                 p.regex = true;
                 rest = rest.substr(1);
             }
             if (rest.empty())
                 return false;
             char dl = rest[0];
+            p.word = all && dl == '\\' && !p.regex;
             std::string_view s = std::string_view(rest).substr(1);
             size_t close = s.rfind(dl);
             if (close != std::string_view::npos)
@@ -549,6 +590,40 @@ int xftarget_lines(std::string_view &ops, bool back, int32_t &first, int64_t &n)
     first = cur;
     n = (int64_t)r - cur;
     return 0;
+}
+
+bool xfselexpr_parse(std::string_view body, xfselexpr &e)
+{
+    compound c;
+    if (!split(body, c, true)) {
+        xfmsg(163, 1);
+        cmd_rc = 5;
+        return false;
+    }
+    e.parts.clear();
+    for (auto &p : c.parts) {
+        size_t d = (p.neg ? 1 : 0) + (p.regex ? 1 : 0);
+        if (!p.blank && (d >= p.text.size() || is_alnum(p.text[d]))) {
+            xfmsg(16, 1);
+            cmd_rc = 5;
+            return false;
+        }
+        std::string str = p.str;
+        if (!p.blank && !p.regex && hex_on && str.size() >= 4 && (str[0] | 32) == 'x' && str[1] == '\'' &&
+            !xfhex_decode(str, str)) {
+            xfmsg(150, 1);
+            cmd_rc = 1;
+            return false;
+        }
+        if (!p.blank && str.empty()) {
+            xfmsg(108, 1);
+            cmd_rc = 5;
+            return false;
+        }
+        e.parts.push_back({std::move(str), p.neg, p.blank, p.regex, p.word});
+    }
+    e.conns = c.conns;
+    return true;
 }
 
 bool xftarget_test(std::string_view line)

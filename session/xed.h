@@ -87,10 +87,11 @@ struct xfpoint {
 struct xfjentry {
     bool groupstart;       // first entry of a group
     int32_t line;          // li of the xf_do call
-    char code;             // D d r i I s
+    char code;             // D d r i I s P
     int32_t nlines;        // count of the xf_do call
     int32_t oldmark;       // for 's': stop mark before the change
     std::vector<xfline> old; // texts removed by the operation (owned)
+    std::vector<int32_t> order; // for 'P': where each line of the range came from
     xfcursor cursor;       // where the cursor stood (ec -1 unknown)
 };
 struct xfjournal {
@@ -272,8 +273,12 @@ extern std::vector<xfextdef> ext_tabs, ext_case, ext_lrecl, ext_trunc,
 
 // ---------------------------------------------------------------------------
 // The line store.
+// Code 'P' rearranges the `count` lines from li in place, pointers only:
+// line li+k becomes the line that stood at li+order[k] (`order` is a
+// permutation of 0..count-1); nothing is copied and the journal keeps
+// only the order.
 void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
-           xfline *lines, const char *tag);
+           xfline *lines, const char *tag, const int32_t *order = nullptr);
 void xf_do(char cd, std::string_view text, int32_t li, const char *tag); // mode 1 r/i
 void xfcheckroom(int32_t extra);
 void xfshift_down(int32_t after, int32_t n);

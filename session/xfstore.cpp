@@ -117,6 +117,29 @@ int32_t treat(char *&text, int32_t len)
     return len;
 }
 
+// Follows each cycle of the permutation once, moving one line at a time;
+// a bit per line says which are in place already.
+void permute(xflines &L, int32_t li, int32_t count, const int32_t *order)
+{
+    std::vector<bool> done((size_t)count);
+    for (int32_t k = 0; k < count; k++) {
+        if (done[(size_t)k] || order[k] == k)
+            continue;
+        xfline first = L[li + k];
+        int32_t j = k;
+        for (;;) {
+            done[(size_t)j] = true;
+            int32_t from = order[j];
+            if (from == k) {
+                L[li + j] = first;
+                break;
+            }
+            L[li + j] = L[li + from];
+            j = from;
+        }
+    }
+}
+
 void adjust_points_delete(int32_t li, int32_t n)
 {
     auto &p = xf->points;
@@ -177,14 +200,14 @@ void xfclampcur()
 }
 
 void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
-           xfline *lines, const char *tag)
+           xfline *lines, const char *tag, const int32_t *order)
 {
     xftrace(tag);
-    if (!std::strchr("DdriIs", cd) || cd == 0) {
+    if (!std::strchr("DdriIsP", cd) || cd == 0 || (cd == 'P' && !order)) {
         std::fprintf(stderr, "vorta: xf_do: internal error, wrong argument: cd = %c\n", cd);
         return;
     }
-    if (mode == 1 && (cd == 'D' || cd == 'I') && count == 0)
+    if (mode == 1 && (cd == 'D' || cd == 'I' || cd == 'P') && count == 0)
         return;
     if (mode == 1 && xf->chgcount < 0)
         xf->chgcount = 0;
@@ -254,6 +277,11 @@ void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
         if (e)
             e->oldmark = L[li].stopmark;
         L[li].stopmark = count;
+        break;
+    case 'P':
+        permute(L, li, count, order);
+        if (e)
+            e->order.assign(order, order + count);
         break;
     }
     xfclampcur();
@@ -335,8 +363,12 @@ void xfshift_up(int32_t from, int32_t n, int32_t at)
 
 bool xfinscope(int32_t li)
 {
-    if (li < 0 || li >= nbli())
+    // The two end rows are always walkable; anything further out never is,
+    // and the inverse scope turns both answers round.
+    if (li == -1 || li == nbli())
         return xv->scope != 2;
+    if (li < -1 || li > nbli())
+        return xv->scope == 2;
     if (xv->scope == 1)
         return true;
     int32_t s = xf->lines[li].selevel;

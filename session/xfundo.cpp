@@ -55,6 +55,15 @@ void reverse(xfjentry &e, xfjentry &r)
     case 's':
         xf_do('s', nullptr, e.line, e.oldmark, 0, nullptr, "xf_undo:76");
         break;
+    case 'P': {
+        // The inverse order puts each line back where it came from.
+        std::vector<int32_t> back(e.order.size());
+        for (size_t k = 0; k < e.order.size(); k++)
+            back[(size_t)e.order[k]] = (int32_t)k;
+        xf_do('P', nullptr, e.line, (int32_t)back.size(), 0, nullptr, "xf_undo:80", back.data());
+        r.order = std::move(e.order);
+        break;
+    }
     }
     // The texts of the entry now belong to the lines again.
     e.old.clear();
@@ -131,6 +140,9 @@ bool xf_redo()
             break;
         case 'I':
             xf_do('I', nullptr, r.line, (int32_t)r.old.size(), 2, r.old.data(), "xf_redo:32");
+            break;
+        case 'P':
+            xf_do('P', nullptr, r.line, (int32_t)r.order.size(), 2, nullptr, "xf_redo:36", r.order.data());
             break;
         default:
             xf_do(r.code, nullptr, r.line, r.nlines, 2, nullptr, "xf_redo:34");
