@@ -10,6 +10,11 @@ namespace {
 
 int vorta_env(const char *cmd, size_t len, void *, bool *)
 {
+    // The stack's buffers, EXECIO and GLOBALV work the same in a macro of
+    // the editor as in a batch run.
+    int rc;
+    if (rx_local_command(cmd, len, rc))
+        return rc;
     xfcmdline_given(std::string_view(cmd, len));
     return cmd_rc;
 }

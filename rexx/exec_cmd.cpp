@@ -51,24 +51,65 @@ int run_process(const std::string& cmd)
   return WIFSIGNALED(status) ? -WTERMSIG(status) : -1;
 }
 
-// Commands that no environment sends to a process.
-bool local_command(const char* cmd, size_t len, int& rc)
+// Commands that no environment sends to a process: the stack's buffers,
+// EXECIO and GLOBALV. Each gets the operands after its word.
+int cmd_sentries(std::string_view) { return (int)rx_stack_count(); }
+int cmd_makebuf(std::string_view) { return rx_stack_makebuf(); }
+int cmd_desbuf(std::string_view)
 {
-  std::string word;
+  rx_stack_desbuf();
+  return 0;
+}
+int cmd_dropbuf(std::string_view ops)
+{
+  while (!ops.empty() && ops.front() == ' ') ops.remove_prefix(1);
+  while (!ops.empty() && ops.back() == ' ') ops.remove_suffix(1);
+  if (ops.empty()) return rx_stack_dropbuf(-1);
+  long long n = 0;
+  for (char c : ops) {
+    if (c < '0' || c > '9' || n > 999999999) return 1;
+    n = n * 10 + (c - '0');
+  }
+  return rx_stack_dropbuf(n);
+}
+
+struct local_row {
+  const char* word;  // lower case
+  int (*run)(std::string_view operands);
+};
+
+constexpr local_row local_rows[] = {
+  {"sentries", cmd_sentries}, {"makebuf", cmd_makebuf}, {"dropbuf", cmd_dropbuf},
+  {"desbuf", cmd_desbuf},     {"execio", rx_execio},    {"globalv", rx_globalv},
+};
+
+}  // namespace
+
+bool rx_local_command(const char* cmd, size_t len, int& rc)
+{
   size_t p = 0;
   while (p < len && cmd[p] == ' ') p++;
-  while (p < len && cmd[p] != ' ') word += (char)std::tolower((unsigned char)cmd[p++]);
-  if (word == "sentries") {
-    rc = (int)rx_stack_count();
-    return true;
-  }
+  size_t b = p;
+  while (p < len && cmd[p] != ' ') p++;
+  if (p - b > 8) return false;
+  char word[9];
+  for (size_t i = b; i < p; i++) word[i - b] = (char)std::tolower((unsigned char)cmd[i]);
+  word[p - b] = 0;
+  for (const local_row& r : local_rows)
+    if (std::strcmp(r.word, word) == 0) {
+      if (r.run == rx_globalv && rx_st && rx_st->prog->opts.globalv == 0) return false;
+      rc = r.run(std::string_view(cmd + p, len - p));
+      return true;
+    }
   return false;
 }
+
+namespace {
 
 int direct_handler(const char* cmd, size_t len, void*, bool*)
 {
   int rc;
-  if (local_command(cmd, len, rc)) return rc;
+  if (rx_local_command(cmd, len, rc)) return rc;
   return run_process(std::string(cmd, len));
 }
 
@@ -76,7 +117,7 @@ int direct_handler(const char* cmd, size_t len, void*, bool*)
 int shell_handler(const char* cmd, size_t len, void* ctx, bool*)
 {
   int rc;
-  if (local_command(cmd, len, rc)) return rc;
+  if (rx_local_command(cmd, len, rc)) return rc;
   std::string line(cmd, len);
   if (const char* pre = std::getenv(static_cast<const char*>(ctx))) line = std::string(pre) + " " + line;
   return run_process(line);

@@ -120,6 +120,10 @@ int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
     rc = 5;
     if (result) result->error = 5;
   }
+  if (!saved.st) {
+    bu_streams_close_all();
+    rx_execio_close_all();
+  }
   std::fflush(stdout);
   for (rx_slot* s : st->touched) s->slot_val = nullptr;
   vars_pop(st->top);

@@ -89,4 +89,24 @@ void rx_stack_queue(std::string_view s);  // QUEUE: to the bottom
 // Takes the top entry; false when the stack is empty.
 bool rx_stack_pull(std::string& out);
 size_t rx_stack_count();                  // QUEUED()
-void rx_stack_clear();
+void rx_stack_clear();                    // every entry and buffer gone
+// MAKEBUF: sets the current entries aside; gives the new buffer count.
+int rx_stack_makebuf();
+// DROPBUF n (-1 for none given): drops buffers n and up, giving back the
+// entries set aside before n; n = 0 also empties the first list. Gives 0, 1
+// for a negative n, 2 for an n past the buffers.
+int rx_stack_dropbuf(long long n);
+// DESBUF: empties the current buffer.
+void rx_stack_desbuf();
+
+// ---- commands every environment runs itself --------------------------------------
+
+// MAKEBUF, DROPBUF, DESBUF, SENTRIES, EXECIO and GLOBALV: gives true with
+// the return code in rc when the command is one of them. An environment of
+// the host calls it before anything of its own.
+bool rx_local_command(const char* cmd, size_t len, int& rc);
+// EXECIO and GLOBALV themselves (the operands after the command word).
+int rx_execio(std::string_view operands);
+int rx_globalv(std::string_view operands);
+// Closes the files EXECIO keeps open (the outermost run's end).
+void rx_execio_close_all();

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "rexx/value.h"
@@ -82,6 +83,14 @@ int bu_flag(bu_frame& f, int i, bool& out);
 // `allowed` lists the accepted letters.
 int bu_option(bu_frame& f, int i, const char* allowed, char dflt, char& out);
 
+// The variable pool by name (names are folded to the program's symbol case
+// by bu_symbol_case; the others take names as they are).
+std::string bu_symbol_case(std::string_view name);
+bool bu_valid_symbol(std::string_view name);
+std::string bu_get_text(std::string_view name);  // an unset name reads as itself
+bool bu_var_set(std::string_view name);
+void bu_set_var(std::string_view name, std::string_view text);
+
 // ---- handlers of the string, word and conversion family ------------------------
 
 int bu_abbrev(bu_frame& f, value& r);
@@ -142,3 +151,43 @@ int bu_max(bu_frame& f, value& r);
 int bu_min(bu_frame& f, value& r);
 int bu_sign(bu_frame& f, value& r);
 int bu_trunc(bu_frame& f, value& r);
+
+int bu_date(bu_frame& f, value& r);
+int bu_time(bu_frame& f, value& r);
+
+int bu_sin(bu_frame& f, value& r);
+int bu_cos(bu_frame& f, value& r);
+int bu_tan(bu_frame& f, value& r);
+int bu_asin(bu_frame& f, value& r);
+int bu_acos(bu_frame& f, value& r);
+int bu_atan(bu_frame& f, value& r);
+int bu_pi(bu_frame& f, value& r);
+int bu_random(bu_frame& f, value& r);
+
+int bu_rpos(bu_frame& f, value& r);
+int bu_upperw(bu_frame& f, value& r);
+int bu_c2o(bu_frame& f, value& r);
+int bu_obf(bu_frame& f, value& r);
+int bu_deobf(bu_frame& f, value& r);
+int bu_sort(bu_frame& f, value& r);
+int bu_parg(bu_frame& f, value& r);
+int bu_linesize(bu_frame& f, value& r);
+int bu_externals(bu_frame& f, value& r);
+int bu_regcomp(bu_frame& f, value& r);
+int bu_regexec(bu_frame& f, value& r);
+int bu_rchange(bu_frame& f, value& r);
+
+// Streams: the handlers, and the closing of every open stream (pending
+// output written) when the outermost run ends.
+void bu_streams_close_all();
+int bu_linein(bu_frame& f, value& r);
+int bu_lineout(bu_frame& f, value& r);
+int bu_charin(bu_frame& f, value& r);
+int bu_charout(bu_frame& f, value& r);
+int bu_lines(bu_frame& f, value& r);
+int bu_chars(bu_frame& f, value& r);
+int bu_linelast(bu_frame& f, value& r);
+int bu_stream(bu_frame& f, value& r);
+int bu_stdin(bu_frame& f, value& r);
+int bu_stdout(bu_frame& f, value& r);
+int bu_stderr(bu_frame& f, value& r);
