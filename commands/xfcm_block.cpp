@@ -706,7 +706,8 @@ int xfcm_repeat(const xfcmd &c)
         if (!step(li, dir))
             break;
         curline() = li;
-        xfcmdline(cmd, c.ctx1, c.ctx2);
+        // Straight to the interpreter: the runs stay one undo step.
+        xfcom2(cmd, c.ctx1, c.ctx2);
         if (cmd_rc != 0 || !xf)
             break;
     }

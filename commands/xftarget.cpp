@@ -169,8 +169,8 @@ bool split(std::string_view body, compound &c, bool all)
         if (ch == '~')
             return k + 1 < body.size() && (body[k + 1] == d || body[k + 1] == '\\' ||
                                            !is_alnum(body[k + 1]));
-        if (all && all_part_at(body, k))
-            return true;
+        if (all && (all_part_at(body, k) || ch == '\\'))
+            return true; // ALL's forms, whole-word strings among them
         unsigned char u = (unsigned char)ch;
         return (u < 92 || u > 126) && !is_alnum(ch);
     };
