@@ -299,6 +299,24 @@ void lines_message(int64_t n, const char *what)
     xfmsgs(buf, 0);
 }
 
+// The operands of a command that takes a target alone: its count and its
+// lines. False when the command is over (failed, with cmd_rc set).
+bool target_alone(const xfcmd &c, int64_t &count, int32_t &first, int64_t &n, bool &some)
+{
+    std::string_view rest = c.ops();
+    if (int r = xftarget_count(rest, count)) {
+        target_fail(r);
+        return false;
+    }
+    if (!rest.empty()) {
+        fail(16, 5);
+        return false;
+    }
+    some = xfcount_range(count, first, n);
+    cmd_rc = 0;
+    return true;
+}
+
 // The destination of COpy, MOve and MErge: the line a target names,
 // relative to the current line.
 int destination(std::string_view &rest, int32_t &dest)
@@ -384,15 +402,12 @@ int xfcm_xeddelete(const xfcmd &c)
     xftrace("Commande xfcm_delete");
     if (!xf)
         return 1;
-    std::string_view rest = c.ops();
-    int64_t count;
-    if (int r = xftarget_count(rest, count))
-        return target_fail(r);
-    if (!rest.empty())
-        return fail(16, 5);
+    int64_t count, n;
     int32_t first;
-    int64_t n;
-    if (xfcount_range(count, first, n)) {
+    bool some;
+    if (!target_alone(c, count, first, n, some))
+        return 1;
+    if (some) {
         xfdel(first, n, "xfdel:24");
         curline() = std::min(first, std::max(topline, nbli() - 1));
         if (first >= nbli())
@@ -498,15 +513,12 @@ int change_case(const xfcmd &c, bool upper)
 {
     if (!xf)
         return 1;
-    std::string_view rest = c.ops();
-    int64_t count;
-    if (int r = xftarget_count(rest, count))
-        return target_fail(r);
-    if (!rest.empty())
-        return fail(16, 5);
+    int64_t count, n;
     int32_t first;
-    int64_t n;
-    if (xfcount_range(count, first, n)) {
+    bool some;
+    if (!target_alone(c, count, first, n, some))
+        return 1;
+    if (some) {
         int32_t last = (int32_t)(first + n - 1);
         xfcase_lines(first, last, upper);
         if (!stay_on)
