@@ -191,3 +191,18 @@ int bu_stream(bu_frame& f, value& r);
 int bu_stdin(bu_frame& f, value& r);
 int bu_stdout(bu_frame& f, value& r);
 int bu_stderr(bu_frame& f, value& r);
+
+int bu_chdir(bu_frame& f, value& r);
+int bu_cwd(bu_frame& f, value& r);
+int bu_userid(bu_frame& f, value& r);
+int bu_mklistfiles(bu_frame& f, value& r);
+int bu_sysversion(bu_frame& f, value& r);
+int bu_sysmkdir(bu_frame& f, value& r);
+int bu_sysrmdir(bu_frame& f, value& r);
+int bu_sysfiledelete(bu_frame& f, value& r);
+int bu_syssearchpath(bu_frame& f, value& r);
+int bu_systempfilename(bu_frame& f, value& r);
+int bu_syssetpriority(bu_frame& f, value& r);
+int bu_sysfilesearch(bu_frame& f, value& r);
+int bu_sysfiletree(bu_frame& f, value& r);
+int bu_dup2(bu_frame& f, value& r);
