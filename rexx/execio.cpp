@@ -13,8 +13,8 @@
 // A file read or written without FINIS stays open, so the next EXECIO on it
 // goes on where this one stopped. fn, ft and fm make the name "fm/fn.ft";
 // an fm of one letter and an optional digit names the current folder; fn
-// alone, or an fn holding a '/', is the whole path, and the next word after
-// such a path is the line number.
+// alone, or an fn holding a '/' or a '.', is the whole path, and the next
+// word after such a name is the line number.
 //
 // Return codes: 0 done, 2 the end of the file came before the count (or a
 // FIND/LOCATE/AVOID target was not met), 24 a bad operand (with its
@@ -282,8 +282,9 @@ int parse(std::string_view text, operands& o) {
     }
     if (npos >= 6 || !mode->pos[npos]) return syntax("Invalid EXECIO Parameter List.");
     if (int rc = mode->pos[npos++](o, w)) return rc;
-    // A path names the file whole: no ft or fm follow it.
-    if (npos == 1 && o.fn.find('/') != std::string::npos) npos = 3;
+    // A path or a name with its extension is the file whole: no ft or fm
+    // follow it.
+    if (npos == 1 && o.fn.find_first_of("/.") != std::string::npos) npos = 3;
   }
   if (o.fn.empty()) return syntax("Invalid EXECIO \"FN\" and \"FT\" operands.");
   while (in_options && lx.word(w)) {

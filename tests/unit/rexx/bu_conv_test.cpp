@@ -203,6 +203,13 @@ TEST(BuFrame, EveryFailureNamesItsFunction) {
   int calls = 0, failures = 0;
   for (int row = 0; row < bu_table_rows; row++) {
     if (!bu_table[row].handler) continue;
+    // Rows that act on files, folders or descriptors would act on the
+    // test's own; their REXX programs cover their failures.
+    static const std::set<std::string> acting = {
+        "linein", "lineout", "charin", "charout", "lines", "chars", "stream", "linelast", "stdin", "stdout",
+        "stderr", "SysGetKey", "chdir", "dup2", "SysMkDir", "SysRmDir", "SysFileDelete", "SysSetPriority",
+        "SysFileTree", "mklistfiles", "SysFileSearch"};
+    if (acting.count(bu_table[row].name)) continue;
     std::string upper;
     for (const char* c = bu_table[row].name; *c; c++) upper += (char)toupper((unsigned char)*c);
     for (int round = 0; round < 300; round++) {
