@@ -90,6 +90,15 @@ bool digits(std::string_view s, long long& out) {
   return true;
 }
 
+// Seconds since the epoch, possibly negative, as local time.
+bool local_of_epoch(std::string_view s, tm& lt) {
+  long long a;
+  bool neg = !s.empty() && s[0] == '-';
+  if (!digits(neg ? s.substr(1) : s, a)) return false;
+  time_t t = (time_t)(neg ? -a : a);
+  return localtime_r(&t, &lt) != nullptr;
+}
+
 // Splits "a<sep>b<sep>c" into three parts.
 bool three(std::string_view s, char sep, std::string_view part[3]) {
   for (int i = 0; i < 2; i++) {
@@ -137,11 +146,8 @@ bool parse_date(std::string_view s, char fmt, char sep, long long& base) {
     return true;
   }
   case 'T': {
-    bool neg = !s.empty() && s[0] == '-';
-    if (!digits(neg ? s.substr(1) : s, a)) return false;
-    time_t t = (time_t)(neg ? -a : a);
     tm lt;
-    if (!localtime_r(&t, &lt)) return false;
+    if (!local_of_epoch(s, lt)) return false;
     base = base_of(lt.tm_year + 1900, lt.tm_mon + 1, lt.tm_mday);
     return true;
   }
@@ -317,11 +323,8 @@ bool parse_time(std::string_view s, char fmt, long& secs, long& usec) {
     secs = (long)a;
     return true;
   case 'T': {
-    bool neg = !s.empty() && s[0] == '-';
-    if (!digits(neg ? s.substr(1) : s, a)) return false;
-    time_t t = (time_t)(neg ? -a : a);
     tm lt;
-    if (!localtime_r(&t, &lt)) return false;
+    if (!local_of_epoch(s, lt)) return false;
     secs = lt.tm_hour * 3600L + lt.tm_min * 60L + lt.tm_sec;
     return true;
   }
