@@ -89,14 +89,21 @@ int xfcm_endcurl(const xfcmd &c)
 }
 
 // Split the cursor's line at the cursor; past the line's end, join the next
-// line to it instead.
+// line to it instead. C_SPlit, and SPLTJOIN with an operand starting with s,
+// give the new line the indentation of the line it came from. The cursor
+// stays where it was (RETURN moves it to the new line itself).
 int xfcm_split(const xfcmd &c)
 {
     xftrace("Commande xfcm_split");
-    (void)c;
     int32_t li = cursor_line();
-    if (li < 0)
+    if (li < 0 || !xfinscope(li)) {
+        xfmsg(6, 1);
+        cmd_rc = 1;
         return 1;
+    }
+    std::string_view ops = xftrim(c.ops());
+    bool indent = ops.empty() ? (c.typed > 0 && (c.line[0] | 0x20) == 'c')
+                              : (ops[0] | 0x20) == 's';
     std::string t = text_of(li);
     int32_t col = xf->ptcur_i.col;
     // The cursor's column as a byte offset; past the end, one blank a column.
@@ -108,22 +115,25 @@ int xfcm_split(const xfcmd &c)
         std::string next = text_of(li + 1);
         size_t b = next.find_first_not_of(' ');
         t += b == std::string::npos ? std::string() : next.substr(b);
-        xf_do('r', t, li, "xfcm_split:join");
-        xf_do('d', nullptr, li + 1, 1, 1, nullptr, "xfcm_split:join");
+        xf_do('r', t, li, "xfcm_spl:83");
+        xf_do('d', nullptr, li + 1, 1, 1, nullptr, "xfcm_spl:83");
         xfshift_up(li + 1, 1, li);
-        propose(0, li, col);
         return 1;
     }
     std::string head = t.substr(0, at), tail = t.substr(at);
-    size_t indent = t.find_first_not_of(' ');
-    if (indent == std::string::npos || (int32_t)indent > col)
-        indent = 0;
+    if (indent) {
+        size_t lead = head.find_first_not_of(' ');
+        size_t own = tail.find_first_not_of(' ');
+        tail = std::string(lead == std::string::npos ? head.size() : lead, ' ') +
+               (own == std::string::npos ? std::string() : tail.substr(own));
+    }
     while (!head.empty() && head.back() == ' ' && !xf->keepblanks)
         head.pop_back();
-    xf_do('r', head, li, "xfcm_split");
-    xf_do('i', std::string(indent, ' ') + tail, li, "xfcm_split");
+    if (head.empty())
+        head = " ";
+    xf_do('r', head, li, "xfcm_spl:59");
+    xf_do('i', tail, li, "xfcm_spl:60");
     xfshift_down(li, 1);
-    propose(0, li + 1, (int32_t)indent);
     return 1;
 }
 

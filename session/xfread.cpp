@@ -393,7 +393,21 @@ void xfread(int toplevel)
                 // row scrolls so that the new line stays in sight.
                 if (!xv->rows.empty() && xv->rows.back().li == xf->ptcur_i.li)
                     curline() = std::min(curline() + 1, nbli() - 1);
+                int32_t li = xf->ptcur_i.li, lines = nbli();
                 xfcom2("command c_split");
+                // The cursor goes on to the new line, at its indentation.
+                if (xf && nbli() == lines + 1 && li + 1 < nbli()) {
+                    const xfline &nl = xf->lines[li + 1];
+                    int32_t lead = 0;
+                    while (lead < nl.len && nl.text[lead] == ' ')
+                        lead++;
+                    xfcursor cur = xf->ptcur_i;
+                    cur.fld = 0;
+                    cur.li = li + 1;
+                    cur.col = lead;
+                    cur.prio = 30;
+                    xf->curstack.push_back(cur);
+                }
             } else if (xf) {
                 xf->ptcur_i.fld = 1;
                 xf->ptcur_i.prio = 30;
