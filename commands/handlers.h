@@ -154,3 +154,18 @@ int xfcm_sort(const xfcmd &c);
 int xfcm_nsort(const xfcmd &c);
 int xfcm_repeat(const xfcmd &c);
 int xfcm_stack(const xfcmd &c);
+
+// Reflow.
+int xfcm_flow(const xfcmd &c);
+int xfcm_center(const xfcmd &c);
+int xfcm_leftadjust(const xfcmd &c);
+int xfcm_rightadjust(const xfcmd &c);
+
+// The column pointer and the edits at it.
+int xfcm_clocate(const xfcmd &c);
+int xfcm_cinsert(const xfcmd &c);
+int xfcm_creplace(const xfcmd &c);
+int xfcm_coverlay(const xfcmd &c);
+int xfcm_cappend(const xfcmd &c);
+int xfcm_cfirst(const xfcmd &c);
+int xfcm_clast(const xfcmd &c);

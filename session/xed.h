@@ -204,6 +204,7 @@ struct xfviewfile {
     int32_t scale = 0;     // SCALE row in the file area, negative when OFF, 0 never set
     int32_t tabline = 0;   // TABLINE row, the same way
     int32_t zone[2] = {1, 0}; // ZONE, 0 = end of line
+    int32_t colptr = 0;    // column pointer of the column commands, 1-based; 0 = the zone's left
     int32_t prefix = 1;    // PREFIX
     int32_t number = 0;    // NUMBER
 };
