@@ -162,5 +162,14 @@ bool xfcount(const xfcmd &c, long &n); // optional count of 1 or more; false aft
 // asked for.
 bool xfcount_lines(const xfcmd &c, long &n);
 
+// Prefix entries: the text typed in a prefix field for line li of the
+// current file (field: the page's field, -1 none) is parked, or shown back
+// as not understood; once a read has taken everything in, xfapply runs
+// what waits in every file on the screen.
+void xfack2(int32_t li, std::string_view typed, int field);
+void xfapply();
+// Query PENDing's listing (the operands after PENDing); its return code.
+int xfpfx_query(std::string_view rest);
+
 // Lets a test replace the command table's "not implemented" handler lookup.
 int xfcm_notimpl(const xfcmd &c);

@@ -69,6 +69,8 @@ int xfcm_cmdline(const xfcmd &c);
 int xfcm_curline(const xfcmd &c);
 int xfcm_number(const xfcmd &c);
 int xfcm_prefix(const xfcmd &c);
+int xfcm_prefix_screen(const xfcmd &c);
+int xfcm_pending(const xfcmd &c);
 int xfcm_autoexp(const xfcmd &c);
 int xfcm_autoindent(const xfcmd &c);
 

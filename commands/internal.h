@@ -188,3 +188,41 @@ int64_t xfshr(int32_t a, int32_t b, int32_t n, bool keep_label);
 int64_t xfshl(int32_t a, int32_t b, int32_t n, bool keep_label);
 // Upper-cases or lower-cases the zone of lines a to b; returns the lines changed.
 int64_t xfcase_lines(int32_t a, int32_t b, bool upper);
+
+// ---------------------------------------------------------------------------
+// Prefix commands: the two vocabularies, the pending tables and the prefix
+// buffer (xfpfx_parse.cpp parks entries, xfpfx_run.cpp runs them).
+
+// What the single table's indexes mean, in both vocabularies.
+enum : int32_t {
+    PFX_ADD = 1, PFX_DEL, PFX_PUT, PFX_DUP, PFX_DUP2, PFX_CUR, PFX_GET, PFX_EDIT, PFX_SHR, PFX_SHL,
+    PFX_REP, PFX_EXCL, PFX_SHOW, PFX_SCALE, PFX_TABL, PFX_INS, PFX_LC, PFX_UC,
+    PFX_NSINGLE = PFX_UC // the last index
+};
+// And the block table's.
+enum : int32_t {
+    PFX_MM = 1, PFX_CC, PFX_DD, PFX_PP, PFX_BEFORE, PFX_AFTER, PFX_M, PFX_C, PFX_DUPS, PFX_DUPS2,
+    PFX_SHRS, PFX_SHLS, PFX_REPS, PFX_XX, PFX_O, PFX_OO, PFX_LCC, PFX_UCC,
+    PFX_NBLOCK = PFX_UCC
+};
+constexpr int32_t PFX_MACRO = -1; // the code of a macro's entry
+constexpr int32_t PFX_DONE = -2;  // the code of an entry that has run
+constexpr size_t PFX_MAX = 999;   // entries a table holds
+
+// The name of an index in the vocabulary MODE PREFIX chose.
+const char *xfpfx_name(bool block, int32_t code);
+// The prefix buffer that PU and PP fill and G reads.
+extern std::vector<std::string> pfx_buffer;
+// Prefix synonyms: a name and the macro it calls.
+extern std::vector<std::pair<std::string, std::string>> pfx_synonyms;
+
+// The line's text shown on its prefix area while it waits, or "".
+std::string xfpfx_text(int32_t li);
+// The line's entries go (its waiting text too); with `errors` its error row.
+void xfpfx_clear_line(int32_t li, bool errors);
+// A text the line's prefix area shows back as not understood.
+void xfpfx_error(int32_t li, std::string_view text);
+// Runs a prefix macro on line li: 0 success.
+int xfpfx_macro(const xfpend &p, const char *set);
+// Parks an entry on the current line for a macro (PENDing).
+int xfpfx_park(std::string_view text, bool block, int32_t li, int field);

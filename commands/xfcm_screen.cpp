@@ -273,30 +273,6 @@ int xfcm_number(const xfcmd &c)
     return 1;
 }
 
-// PREfix ON [LEFT|RIGHT] | OFF
-int xfcm_prefix(const xfcmd &c)
-{
-    xftrace("Commande xfcm_prefix");
-    std::string_view rest = c.ops();
-    std::string a = xffold(xfword(rest)), b = xffold(xfword(rest));
-    int *p = xf ? &xv->perfile[(size_t)xfidx].prefix : &xv->screen.prefix;
-    if (a.empty()) {
-        xfmsg(*p == 0 ? 10 : *p == 2 ? 92 : 91, 0);
-        return 1;
-    }
-    if (a == "on" && (b.empty() || abbrev(b, "left", 1)))
-        *p = 1;
-    else if (a == "on" && abbrev(b, "right", 1))
-        *p = 2;
-    else if (abbrev(a, "off", 2) && b.empty())
-        *p = 0;
-    else {
-        xfmsg(16, 1);
-        cmd_rc = 1;
-    }
-    return 1;
-}
-
 int xfcm_autoexp(const xfcmd &c)
 {
     xftrace("Commande xfcm_autoexp");

@@ -110,7 +110,11 @@ int xfcm_query(const xfcmd &c)
             xfgeom(false);
         return 1;
     }
-    if (abbrev(w, "pending", 4) || abbrev(w, "font", 3)) {
+    if (abbrev(w, "pending", 4)) {
+        cmd_rc = xfpfx_query(r2);
+        return 1;
+    }
+    if (abbrev(w, "font", 3)) {
         xfmsg(164, 1);
         cmd_rc = 1;
         return 1;

@@ -99,10 +99,19 @@ struct xfjournal {
     std::vector<xfjentry> redo; // undone entries, for REDo
 };
 
+// A prefix entry waiting to run: in the single table or the block table
+// of its file.
 struct xfpend {
-    int32_t view, li, code, count, spare; // pending prefix entry
-    void *args;            // macro argument list
+    int32_t view = 0;      // the view the line was seen in
+    int32_t li = 0;        // index of the line, -1 the top of the file
+    int32_t code = 0;      // index in the vocabulary, -1 a macro, -2 done
+    int32_t count = 1;     // the number given, or 1; xfpend_all for `*`
+    int32_t field = -1;    // the prefix field it was typed in, -1 none
+    bool numbered = false; // a number was given
+    std::vector<std::string> words; // a macro: its name and up to 3 operands
+    std::string oldname;   // a macro: the name typed, before prefix synonyms
 };
+constexpr int32_t xfpend_all = 2147483647; // the count of `*`: to the end
 
 // The bytes of a loaded file, split into lines in place: the texts of the
 // lines read at load point into this block.  xftext_free knows such texts
@@ -170,7 +179,8 @@ struct xfile {
     int64_t mtime = 2147483647; // last-write time at load
     int64_t disk_ns = -1;  // disk time in ns at load or save; 0 absent then; -1 unknown
     int64_t disk_size = -1; // size on disk at that time
-    std::vector<std::pair<std::string, int32_t>> pfxtexts; // prefix texts by line
+    std::vector<std::pair<std::string, int32_t>> pfxtexts; // pending prefix texts by line
+    std::vector<std::pair<std::string, int32_t>> pfxerrs;  // prefix texts not understood, by line
     int32_t lrecl = 0;     // 0 means *
     int32_t trunc = 0;     // 0 means *
     int32_t reload_ok = 1; // may be reloaded on external change
@@ -205,7 +215,9 @@ struct xfviewfile {
     int32_t tabline = 0;   // TABLINE row, the same way
     int32_t zone[2] = {1, 0}; // ZONE, 0 = end of line
     int32_t colptr = 0;    // column pointer of the column commands, 1-based; 0 = the zone's left
-    int32_t prefix = 1;    // PREFIX
+    int32_t prefix = 1;    // PREFIX: 0 OFF, 1 ON LEFT, 2 ON RIGHT
+    int32_t prefix_side = 1; // the side ON brings back after OFF
+    int32_t prefix_nulls = 0; // PREFIX NULLS: no filling in the area
     int32_t number = 0;    // NUMBER
 };
 
@@ -234,6 +246,8 @@ struct xview {
         int32_t pfx;          // prefix field, 0 none
         int32_t col0;         // first line column shown (from 0)
         int32_t len;          // width of the text field
+        int32_t pli = -4;     // the line the prefix field stands for (a shadow row's first hidden line)
+        std::string pshown = std::string(); // what the prefix field was filled with
     };
     std::vector<rowmap> rows; // one per file row, top to bottom
     int32_t cmdfield = 0;     // command line field

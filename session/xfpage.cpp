@@ -90,6 +90,13 @@ struct page_builder {
         return f.id;
     }
 
+    // A field's hilite other than its colour item's.
+    void set_hilite(int id, int h)
+    {
+        if (id > 0)
+            table[(size_t)(id - 1) * 14 + 9] = h;
+    }
+
     // Defines the fields and fills them. A row whose characters the page's
     // table of substitutes cannot all take is shown but cannot be typed on,
     // so that no character is ever read back as another.
@@ -155,14 +162,15 @@ int32_t next_in_scope(int32_t from, int dir, int32_t &hidden)
 struct row_plan {
     int32_t li;     // line, -1 top, nbli end, -3 shadow, -4 nothing
     int32_t hidden; // lines a shadow row stands for
+    int32_t first;  // a shadow row: the first of its lines
 };
 
 // Which position each file row shows, the current line on row `c`.
 std::vector<row_plan> plan_rows(int nfile, int c)
 {
-    std::vector<row_plan> plan((size_t)nfile, {-4, 0});
+    std::vector<row_plan> plan((size_t)nfile, {-4, 0, 0});
     int32_t cur = curline();
-    plan[(size_t)c] = {cur, 0};
+    plan[(size_t)c] = {cur, 0, 0};
     auto walk = [&](int dir) {
         int32_t li = cur;
         for (int r = c + dir; r >= 0 && r < nfile;) {
@@ -173,14 +181,14 @@ std::vector<row_plan> plan_rows(int nfile, int c)
             int32_t hidden;
             int32_t nli = next_in_scope(li, dir, hidden);
             if (hidden > 0 && xv->shadow && xv->scope == 0) {
-                plan[(size_t)r] = {-3, hidden};
+                plan[(size_t)r] = {-3, hidden, dir > 0 ? li + 1 : nli + 1};
                 r += dir;
                 if (r < 0 || r >= nfile)
                     break;
             }
             if (nli < -1 || (nli == -1 && topline != -1))
                 break;
-            plan[(size_t)r] = {nli < 0 ? -1 : nli, 0};
+            plan[(size_t)r] = {nli < 0 ? -1 : nli, 0, 0};
             li = nli;
             r += dir;
         }
@@ -199,23 +207,49 @@ void settle_cursor()
     st.clear();
 }
 
-std::string prefix_text(int32_t li, int pw)
+// What a prefix area shows: a text of the user's (an entry waiting, or one
+// not understood) or else the area's own filling, which `filler` tells.
+std::string prefix_text(int32_t li, int pw, bool &filler)
 {
-    for (auto &p : xf->pfxtexts)
-        if (p.second == li) {
-            std::string t = p.first.substr(0, (size_t)pw);
-            t.resize((size_t)pw, ' ');
-            return t;
-        }
-    int num = xv->perfile[(size_t)xfidx].number;
-    if (num == 0)
-        return std::string((size_t)pw, '=');
+    filler = false;
+    for (auto *v : {&xf->pfxerrs, &xf->pfxtexts})
+        for (auto &p : *v)
+            if (p.second == li) {
+                std::string t = p.first.substr(0, (size_t)pw);
+                t.resize((size_t)pw, ' ');
+                return t;
+            }
+    filler = true;
+    const xfviewfile &pf = xv->perfile[(size_t)xfidx];
+    if (pf.number == 0)
+        return std::string((size_t)pw, pf.prefix_nulls ? ' ' : '=');
     char buf[32];
-    std::snprintf(buf, sizeof buf, "%.*d", pw, num == 2 ? li : li + 1);
+    std::snprintf(buf, sizeof buf, "%.*d", pw, pf.number == 2 ? li : li + 1);
     std::string t = buf;
     if (li < 0)
         t = std::string((size_t)pw, '0');
     return t;
+}
+
+bool has_error(int32_t li)
+{
+    for (auto &p : xf->pfxerrs)
+        if (p.second == li)
+            return true;
+    return false;
+}
+
+// The prefix field of a row that stands for line li.
+void add_prefix(page_builder &pb, xview::rowmap &m, int row, int x, int pw, int32_t li, bool input)
+{
+    bool filler;
+    std::string pt = prefix_text(li, pw, filler);
+    int item = filler ? C_PREFIX : C_PENDING;
+    m.pfx = pb.add(row, x, pw, input ? TYPE_INPUT : TYPE_PROTECTED, item, 0, pt);
+    m.pli = li;
+    m.pshown = filler ? pt : std::string();
+    if (has_error(li))
+        pb.set_hilite(m.pfx, 2); // shown back reversed: it was not understood
 }
 
 // What a file row shows of a line: `width` columns from column col0. Only
@@ -302,8 +336,10 @@ void compose_view(page_builder &pb)
     xfviewfile &pf = xv->perfile[(size_t)xfidx];
     int pw = pf.prefix ? xfprefix_width(curline()) : 0;
     xv->prefix_width = pw;
-    int textx = x0 + (pw ? pw + 1 : 0);
+    bool right = pf.prefix == 2;
+    int textx = x0 + (pw && !right ? pw + 1 : 0);
     int textw = w - (pw ? pw + 1 : 0);
+    int pfxx = right ? x0 + w - pw : x0;
     int32_t col0 = std::max(0, pf.verify[0] - 1);
     int c = xv->curline_row > 0 ? std::min(xv->curline_row, nfile) - 1 : nfile / 2;
 
@@ -335,7 +371,7 @@ void compose_view(page_builder &pb)
     std::vector<row_plan> plan_lines = line_rows.empty()
                                            ? std::vector<row_plan>()
                                            : plan_rows((int)line_rows.size(), cidx);
-    std::vector<row_plan> plan((size_t)nfile, {-4, 0});
+    std::vector<row_plan> plan((size_t)nfile, {-4, 0, 0});
     for (size_t i = 0; i < line_rows.size(); i++)
         plan[(size_t)line_rows[i]] = plan_lines[i];
 
@@ -364,19 +400,19 @@ void compose_view(page_builder &pb)
             continue;
         }
         if (p.li == -3) {
-            m.fld = pb.add(row, x0, w, TYPE_PROTECTED, C_SHADOW, 0, xfshadow_row(p.hidden, w));
+            // The prefix area of a shadow row stands for the run's first line.
+            if (pw)
+                add_prefix(pb, m, row, pfxx, pw, p.first, true);
+            m.fld = pb.add(row, textx, textw, TYPE_PROTECTED, C_SHADOW, 0, xfshadow_row(p.hidden, textw));
             xv->rows.push_back(m);
             continue;
         }
         bool end = p.li == -1 || p.li >= n;
-        if (pw) {
-            int pfx_item = C_PREFIX;
-            for (auto &t : xf->pfxtexts)
-                if (t.second == p.li)
-                    pfx_item = C_PENDING;
-            std::string pt = p.li >= n ? std::string((size_t)pw, '=') : prefix_text(p.li, pw);
-            m.pfx = pb.add(row, x0, pw, p.li >= n ? TYPE_PROTECTED : TYPE_INPUT, pfx_item, 0, pt);
-        }
+        if (pw && p.li >= n)
+            m.pfx = pb.add(row, pfxx, pw, TYPE_PROTECTED, C_PREFIX, 0,
+                           std::string((size_t)pw, pf.prefix_nulls ? ' ' : '='));
+        else if (pw)
+            add_prefix(pb, m, row, pfxx, pw, p.li, true);
         if (end) {
             const char *t = p.li == -1 ? "* * * Top of File * * *" : "* * * End of File * * *";
             m.fld = pb.add(row, textx, textw, TYPE_PROTECTED, p.li == curline() ? C_CURL : C_FILE,
@@ -416,18 +452,19 @@ void place_cursor()
     settle_cursor();
     xfcursor &pc = xf->ptcur_i;
     if (pc.fld == 0 || pc.fld == -1) {
-        for (auto &m : xv->rows)
-            if (m.li == pc.li && m.fld) {
-                if (pc.fld == -1 && m.pfx) {
-                    asfcur_quiet(m.pfx, 1, 1);
-                    return;
-                }
+        for (auto &m : xv->rows) {
+            if (pc.fld == -1 && m.pfx && m.pli == pc.li) {
+                asfcur_quiet(m.pfx, 1, 1);
+                return;
+            }
+            if (m.li == pc.li && m.fld && pc.fld == 0) {
                 int col = pc.col - m.col0 + 1;
                 if (col >= 1 && col <= m.len) {
                     asfcur_quiet(m.fld, 1, col);
                     return;
                 }
             }
+        }
     }
     if (xv->cmdfield)
         asfcur_quiet(xv->cmdfield, 1, std::min(xv->cmdcursor + 1, xv->ncols - 6));

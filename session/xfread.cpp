@@ -1,7 +1,8 @@
 // The read cycle: the one place the editor waits for the user. A read commits
-// what was typed (file lines first, then prefix entries, then the command
-// line), and xfcom then runs the one command the event stands for: a queued
-// command, a key's definition, or the command line.
+// what was typed (file lines first, then prefix entries noted, then the
+// command line; then the prefix entries run), and xfcom then runs the one
+// command the event stands for: a queued command, a key's definition, or
+// the command line.
 #include "session/xed.h"
 #include "session/xfkeys.h"
 #include "session/xfpage.h"
@@ -111,7 +112,7 @@ void read_cursor()
     }
     if ((w.fld == 0 || w.fld == -1) && w.row >= 0) {
         const xview::rowmap &m = xv->rows[(size_t)w.row];
-        ptcu.li = m.li;
+        ptcu.li = w.fld == 0 ? m.li : m.pli;
         ptcu.col = w.fld == 0 ? m.col0 + col - 1 : 0;
     }
     if (xf) {
@@ -134,18 +135,16 @@ void commit_line(const xview::rowmap &m, const std::string &typed)
         xf_do('r', now, m.li, "xfack1");
 }
 
+// Only what the user typed counts: a cell still holding the area's own
+// filling (the line number or '=') as the page put it there is no part of
+// an entry. A text of the user's own shown back is taken whole.
 void commit_prefix(const xview::rowmap &m, const std::string &typed)
 {
     std::string t = typed;
-    size_t b = t.find_first_not_of(" =");
-    // What is left of the area's own filling is no entry.
-    bool filler = b == std::string::npos ||
-                  t.find_first_not_of("0123456789 ") == std::string::npos;
-    auto &pt = xf->pfxtexts;
-    pt.erase(std::remove_if(pt.begin(), pt.end(), [&](const auto &p) { return p.second == m.li; }),
-             pt.end());
-    if (!filler)
-        pt.emplace_back(t.substr(t.find_first_not_of(' ')), m.li);
+    for (size_t k = 0; k < t.size() && k < m.pshown.size(); k++)
+        if (t[k] == m.pshown[k])
+            t[k] = ' ';
+    xfack2(m.pli, t, m.pfx);
 }
 
 // The commit: file rows of every view first, then prefix entries, then the
@@ -172,7 +171,7 @@ void xfack()
         if (!xf)
             continue;
         for (auto &m : xv->rows)
-            if (modified(m.pfx))
+            if (modified(m.pfx) && m.pli >= -1 && m.pli < nbli())
                 commit_prefix(m, xffield_text(m.pfx, true, false));
     }
     for (int v = 0; v < (int)views.size(); v++) {
@@ -387,6 +386,7 @@ void xfread(int toplevel)
         case 34: // RETURN: never runs the command line
             read_cursor();
             xfack();
+            xfapply();
             nocmd = true;
             if (xf && xf->ptcur_i.fld == 0) {
                 // The cursor's line splits at the cursor, and the last file
@@ -419,6 +419,7 @@ void xfread(int toplevel)
         default:
             read_cursor();
             xfack();
+            xfapply(); // prefix entries before the command
             return;
         }
     }

@@ -313,9 +313,11 @@ void xfshift_down(int32_t after, int32_t n)
         for (auto &p : *t)
             if (p.li > after)
                 p.li += n;
-    for (auto &p : xf->pfxtexts)
-        if (p.second >= after)
-            p.second += n;
+    // The texts of the line `after` itself stay with it.
+    for (auto *t : {&xf->pfxtexts, &xf->pfxerrs})
+        for (auto &p : *t)
+            if (p.second > after)
+                p.second += n;
     each_cursor([&](xfcursor &c) {
         if (c.ec == xvidx && c.fld == 0 && c.li > after)
             c.li += n;
@@ -334,13 +336,14 @@ void xfshift_up(int32_t from, int32_t n, int32_t at)
             if (p.li >= end)
                 p.li -= n;
     }
-    auto &pt = xf->pfxtexts;
-    pt.erase(std::remove_if(pt.begin(), pt.end(),
-                            [&](const auto &p) { return p.second >= from && p.second < end; }),
-             pt.end());
-    for (auto &p : pt)
-        if (p.second >= end)
-            p.second -= n;
+    for (auto *pt : {&xf->pfxtexts, &xf->pfxerrs}) {
+        pt->erase(std::remove_if(pt->begin(), pt->end(),
+                                 [&](const auto &p) { return p.second >= from && p.second < end; }),
+                  pt->end());
+        for (auto &p : *pt)
+            if (p.second >= end)
+                p.second -= n;
+    }
     each_cursor([&](xfcursor &c) {
         if (c.ec != xvidx || c.fld != 0)
             return;

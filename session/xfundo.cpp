@@ -14,6 +14,7 @@ void forget_pending()
     xf->pend1.clear();
     xf->pend2.clear();
     xf->pfxtexts.clear();
+    xf->pfxerrs.clear();
 }
 
 // Lines that come back get no stop mark and the view's selection level.

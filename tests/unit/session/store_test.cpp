@@ -166,8 +166,8 @@ TEST_F(Store, ShiftUpMovesReferencesOutOfDeletedRange)
 {
     file({"a", "b", "c", "d", "e"});
     curline() = 3;
-    xf->pend1.push_back({0, 4, 1, 1, 0, nullptr});
-    xf->pend1.push_back({0, 2, 1, 1, 0, nullptr});
+    xf->pend1.push_back({0, 4, 1, 1, 0, false, {}, {}});
+    xf->pend1.push_back({0, 2, 1, 1, 0, false, {}, {}});
     xfshift_up(1, 2, 0);
     EXPECT_EQ(curline(), 1);
     ASSERT_EQ(xf->pend1.size(), 1u); // the entry on a deleted line is gone

@@ -184,7 +184,7 @@ TEST_F(Undo, CursorGoesToTheLineThatOpenedTheGroup)
 
 TEST_F(Undo, PendingEntriesAreDropped)
 {
-    xf->pend1.push_back({0, 2, 'd', 1, 0, nullptr});
+    xf->pend1.push_back({0, 2, 'd', 1, 0, false, {}, {}});
     xf->pfxtexts.push_back({"dd", 2});
     command();
     xf_do('r', std::string_view("A"), 0, "t");
