@@ -44,3 +44,13 @@ void pl_endsig_install(void (*onsignal)());
 int pl_endsig();
 // The read end of the pipe the handler writes to; -1 before install.
 int pl_endsig_fd();
+
+// ---- the user's Trash -----------------------------------------------------------
+
+// `$XDG_DATA_HOME/Trash`, or `~/.local/share/Trash`.
+std::string pl_trash_dir();
+// Moves the file at the absolute path `abs` into the Trash with its info
+// file; a name already there gets a number. 0; an errno value when the file
+// could not be moved; minus an errno value when the Trash itself failed (its
+// folders could not be made, or the info file written).
+int pl_trash(const std::string &abs);

@@ -41,5 +41,7 @@ bool xfnext_queued(std::string &out); // the oldest queued, else stacked, comman
 void xfack_commit();  // what was typed on the page goes into the files now
 void xfread(int toplevel);
 void xfx();
+// The same turns, until `done` answers true before one.
+void xfx_until(bool (*done)());
 extern int aid;        // why the last read ended (asread's code)
 extern int aid_value;  // its value

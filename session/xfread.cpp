@@ -470,9 +470,12 @@ void xfcom()
 
 } // namespace
 
-void xfx()
+namespace {
+
+// One turn of the loop: draw and read when nothing waits, then one command.
+void xfx_turn()
 {
-    for (;;) {
+    {
         xfcycle_begin();
         if (cmd_queue.empty() && macro_stack_cmds.empty()) {
             if (resized) {
@@ -488,4 +491,20 @@ void xfx()
         if (timeload)
             xftimeload("VORTA trace: xfx");
     }
+}
+
+} // namespace
+
+void xfx()
+{
+    for (;;)
+        xfx_turn();
+}
+
+void xfx_until(bool (*done)())
+{
+    // The file list lends the page to the editor this way, and takes it
+    // back once `done` says so.
+    while (!done())
+        xfx_turn();
 }

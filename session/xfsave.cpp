@@ -455,3 +455,14 @@ int xfsave(const std::string &target, bool force, bool keeptime, bool dosmode, b
     note_disk();
     return 0;
 }
+
+int xfrecycle(const std::string &path)
+{
+    std::string abs = path;
+    if (abs.empty() || abs[0] != '/') {
+        char buf[4096];
+        abs = std::string(getcwd(buf, sizeof buf) ? buf : "/") + "/" + path;
+    }
+    int err = pl_trash(xfcanon(abs));
+    return err < 0 ? -err : err;
+}

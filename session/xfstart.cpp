@@ -478,8 +478,14 @@ int xfmain(int argc, char **argv)
 
     // In batch the start-up commands go to the macro stack, else to the queue.
     std::vector<std::string> &start = batch ? macro_stack_cmds : cmd_queue;
-    for (auto &f : o.files)
+    for (auto &f : o.files) {
+        // `fli dir` lists the directory: an edit of it would only fail and
+        // take the queued list with it.
+        struct stat sb;
+        if (fli && stat(f.c_str(), &sb) == 0 && S_ISDIR(sb.st_mode))
+            continue;
         start.push_back("xed \"" + f + "\"");
+    }
     for (auto &c : o.cmds)
         start.push_back(c);
     if (!o.filec.empty()) {

@@ -10,6 +10,9 @@
 #           with the cmd lines as -c words; its dumps go to standard output
 #   screen  expected standard output of a keys case (the dumps)
 #   env     extra NAME=VALUE lines for the environment
+#   prog    the name the program is started under (its argv[0]), such as fli;
+#           with keys, the lines of "words" then end the argument vector
+#           instead of the file's name
 #   setup/  files copied into the work folder before the run
 #   gen     a shell script run in the work folder before the run, for inputs
 #           too large to keep in the tree
@@ -44,7 +47,13 @@ elif [ -f "$case_dir/keys" ]; then
   if [ -f "$case_dir/cmd" ]; then
     while IFS= read -r line || [ -n "$line" ]; do args+=(-c "$line"); done < "$case_dir/cmd"
   fi
-  { [ -f "$case_dir/in" ] || [ -f "$case_dir/gen" ]; } && args+=("$name")
+  if [ -f "$case_dir/prog" ]; then
+    if [ -f "$case_dir/words" ]; then
+      while IFS= read -r line || [ -n "$line" ]; do args+=("$line"); done < "$case_dir/words"
+    fi
+  elif [ -f "$case_dir/in" ] || [ -f "$case_dir/gen" ]; then
+    args+=("$name")
+  fi
 else
   args=(-batch -np)
   if [ -f "$case_dir/cmd" ]; then
@@ -59,7 +68,11 @@ if [ -f "$case_dir/env" ]; then
   while IFS= read -r line || [ -n "$line" ]; do [ -n "$line" ] && envs+=("$line"); done < "$case_dir/env"
 fi
 
-(cd "$work" && env "${envs[@]}" "$xed" "${args[@]}" >"$work/.stdout" 2>"$work/.stderr" </dev/null)
+prog=$xed
+[ -f "$case_dir/prog" ] && prog=$(head -n1 "$case_dir/prog")
+# exec -a gives the program the name it decides its personality by.
+(cd "$work" && env "${envs[@]}" bash -c 'exec -a "$0" "$@"' "$prog" "$xed" "${args[@]}" \
+  >"$work/.stdout" 2>"$work/.stderr" </dev/null)
 rc=$?
 
 fail=0

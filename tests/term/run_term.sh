@@ -13,6 +13,8 @@
 #                         (default the work folder itself)
 #   profile on|off        whether the next starts look for a profile (default
 #                         off: they pass -np)
+#   prog NAME             the next starts run the program under the name NAME
+#                         (a link to it), as `fli`
 #   start ARGS...         starts `xed -np ARGS` in the work folder (`xed ARGS`
 #                         after `profile on`)
 #   keys KEY...           tmux key names (Enter, F3, S-F1, PageDown, C-a, ...)
@@ -66,6 +68,7 @@ infocmp "$term" >/dev/null 2>&1 || term=screen-256color
 rows=24 cols=80
 home=
 np=-np
+run=$xed # the path the editor is started by
 fail() {
   echo "FAILED at line $n: $line"
   echo "$*"
@@ -89,14 +92,14 @@ until_ok() {
   return 1
 }
 
-editor_pid() { pgrep -P "$(t display -p -t x '#{pane_pid}' 2>/dev/null)" -f "$xed" | head -1; }
+editor_pid() { pgrep -P "$(t display -p -t x '#{pane_pid}' 2>/dev/null)" -f "$run" | head -1; }
 editors=() # every editor started, to see them end
 
 # Whether the editor of that process number is there and not a zombie.
 running() {
   local s
   s=$(ps -o stat=,args= -p "$1" 2>/dev/null) || return 1
-  [[ $s != Z* && $s == *"$xed"* ]]
+  [[ $s != Z* && $s == *"$run"* ]]
 }
 
 # Editors still running are hung up, as by their terminal's shell, and seen
@@ -124,13 +127,14 @@ while IFS= read -r line || [ -n "$line" ]; do
     term) term=$rest ;;
     home) home=/$rest; mkdir -p "$work$home" ;;
     profile) if [ "$rest" = on ]; then np=; else np=-np; fi ;;
+    prog) mkdir -p "$work/.prog" && ln -sf "$xed" "$work/.prog/$rest" && run=$work/.prog/$rest ;;
     start)
       # A job-control shell, so that a stopped editor can be brought back:
       # while .stopped exists the editor is stopped; removing it resumes.
       cat >"$work/.run" <<EOS
 set -m
 cd '$work'
-env TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state' '$xed' $np $rest
+env TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state' '$run' $np $rest
 rc=\$?
 while [ \$rc -gt 128 ] && [ -n "\$(jobs -s)" ]; do
   touch .stopped

@@ -1,10 +1,10 @@
-// The recycle bin: with RECYCLE ON a deleted file goes to the user's Trash
-// in the freedesktop layout (files/ and info/*.trashinfo under
-// $XDG_DATA_HOME/Trash), from where a desktop's file manager can restore it.
-#include "session/xffiles.h"
+// The user's Trash in the freedesktop layout: files/ holds what was deleted
+// and info/<name>.trashinfo says where it came from, so that a desktop's file
+// manager can restore it. The editor's deletions and the file list's erase
+// both come here.
+#include "platform/platform.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
@@ -12,15 +12,6 @@
 #include <unistd.h>
 
 namespace {
-
-std::string trash_dir()
-{
-    const char *xd = std::getenv("XDG_DATA_HOME");
-    if (xd && *xd == '/')
-        return std::string(xd) + "/Trash";
-    const char *h = std::getenv("HOME");
-    return std::string(h && *h ? h : "/") + "/.local/share/Trash";
-}
 
 // The path as the info file holds it: bytes outside the unreserved set and
 // '/' are percent-encoded.
@@ -42,6 +33,7 @@ std::string escaped(const std::string &p)
     return out;
 }
 
+// Each missing folder of `d` made, none of them through a link.
 bool make_dirs(const std::string &d)
 {
     for (size_t i = 1; i <= d.size(); i++)
@@ -50,6 +42,13 @@ bool make_dirs(const std::string &d)
             if (mkdir(part.c_str(), 0700) != 0 && errno != EEXIST)
                 return false;
         }
+    struct stat st;
+    if (lstat(d.c_str(), &st) != 0)
+        return false;
+    if (!S_ISDIR(st.st_mode)) {
+        errno = ENOTDIR;
+        return false;
+    }
     return true;
 }
 
@@ -59,51 +58,87 @@ int claim(const std::string &info, const std::string &base, std::string &name)
 {
     for (int n = 1; n < 10000; n++) {
         name = n == 1 ? base : base + "." + std::to_string(n);
-        int fd = open((info + "/" + name + ".trashinfo").c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-        if (fd >= 0 || errno != EEXIST)
+        int fd = pl_create_new(info + "/" + name + ".trashinfo", 0600);
+        if (fd >= 0 || fd != -EEXIST)
             return fd;
     }
-    errno = EEXIST;
-    return -1;
+    return -EEXIST;
+}
+
+// A regular file copied to a new name of files/, for a Trash on another
+// file system.
+int copy_new(const std::string &from, const std::string &to, mode_t mode)
+{
+    int in = open(from.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+    if (in < 0)
+        return errno;
+    int out = pl_create_new(to, mode & 07777);
+    if (out < 0) {
+        close(in);
+        return -out;
+    }
+    static char buf[65536];
+    int err = 0;
+    for (;;) {
+        ssize_t n = read(in, buf, sizeof buf);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0) {
+            err = n < 0 ? errno : 0;
+            break;
+        }
+        if ((err = pl_write_all(out, buf, (size_t)n)) != 0)
+            break;
+    }
+    close(in);
+    if (close(out) != 0 && !err)
+        err = errno;
+    if (err)
+        unlink(to.c_str());
+    return err;
 }
 
 } // namespace
 
-int xfrecycle(const std::string &path)
+std::string pl_trash_dir()
 {
-    std::string abs = path;
-    if (abs.empty() || abs[0] != '/') {
-        char buf[4096];
-        abs = std::string(getcwd(buf, sizeof buf) ? buf : "/") + "/" + path;
-    }
-    abs = xfcanon(abs);
+    const char *xd = std::getenv("XDG_DATA_HOME");
+    if (xd && *xd == '/')
+        return std::string(xd) + "/Trash";
+    const char *h = std::getenv("HOME");
+    return std::string(h && *h ? h : "/") + "/.local/share/Trash";
+}
+
+int pl_trash(const std::string &abs)
+{
     struct stat st;
     if (lstat(abs.c_str(), &st) != 0)
         return errno;
-    std::string top = trash_dir();
+    std::string top = pl_trash_dir();
     std::string files_dir = top + "/files", info = top + "/info";
     if (!make_dirs(files_dir) || !make_dirs(info))
-        return errno;
+        return -errno;
+    size_t slash = abs.rfind('/');
     std::string name;
-    int fd = claim(info, xfbaseof(abs), name);
+    int fd = claim(info, slash == std::string::npos ? abs : abs.substr(slash + 1), name);
     if (fd < 0)
-        return errno;
+        return fd;
     char when[32];
     time_t t = time(nullptr);
     struct tm tmv;
     localtime_r(&t, &tmv);
     std::strftime(when, sizeof when, "%Y-%m-%dT%H:%M:%S", &tmv);
     std::string text = "[Trash Info]\nPath=" + escaped(abs) + "\nDeletionDate=" + when + "\n";
-    bool written = write(fd, text.data(), text.size()) == (ssize_t)text.size();
-    close(fd);
+    int err = pl_write_all(fd, text.data(), text.size()) ? -EIO : 0;
+    if (close(fd) != 0 && !err)
+        err = -EIO;
     std::string infofile = info + "/" + name + ".trashinfo";
     std::string dest = files_dir + "/" + name;
-    int err = written ? 0 : EIO;
     if (!err && rename(abs.c_str(), dest.c_str()) != 0) {
         err = errno;
         // Another file system: a plain file is copied across, then removed.
         if (err == EXDEV && S_ISREG(st.st_mode)) {
-            err = xfcopyfile(abs, dest);
+            err = copy_new(abs, dest, st.st_mode);
             if (!err && unlink(abs.c_str()) != 0) {
                 err = errno;
                 unlink(dest.c_str());

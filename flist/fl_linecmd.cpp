@@ -1,0 +1,200 @@
+// The words a line may hold, tried in a fixed order before the text goes
+// to the editor as a command of its own.
+#include "flist/flist.h"
+
+#include "commands/commands.h"
+#include "session/xed.h"
+
+#include <cstring>
+#include <strings.h>
+
+namespace {
+
+// The path an entry stands for: the parent entry is its directory.
+std::string path_of(const fl_level &lv, size_t i)
+{
+    return fl_is_parent(lv.list, i) ? fl_dirs[size_t(lv.list.dir[i])] : lv.list.name[i];
+}
+
+// The directory a new list from the entry shows: a directory entry's own,
+// else the one the file is in.
+std::string list_dir(const fl_level &lv, size_t i)
+{
+    std::string p = path_of(lv, i);
+    return fl_is_dir(lv.list.st[i]) ? p : fl_dirname(p);
+}
+
+struct ctx {
+    fl_level &lv;
+    size_t i;
+    std::string_view rest; // the text after the word
+};
+
+using fn = int (*)(ctx &);
+
+int move_top(ctx &c) { c.lv.top = 0; c.lv.rebuild = true; return 0; }
+int move_bottom(ctx &c)
+{
+    c.lv.top = int(c.lv.list.count()) - fl_list_rows(fl_lay.lines);
+    if (c.lv.top < 0)
+        c.lv.top = 0;
+    c.lv.rebuild = true;
+    return 0;
+}
+int refuse_e(ctx &) { fl_say("..... Use \"rm\" to delete files"); return 1; }
+int erase(ctx &c) { return fl_erase(c.lv, c.i); }
+
+int new_list(ctx &c, int filter, bool recursive)
+{
+    std::string args = xftrim(c.rest).empty() ? "* *" : std::string(c.rest);
+    // The arguments hold the forms of the entry already replaced.
+    return flcom(args, list_dir(c.lv, c.i), filter, recursive);
+}
+int list_all(ctx &c) { return new_list(c, FL_ALL, false); }
+int list_tree(ctx &c) { return new_list(c, FL_ALL, true); }
+int list_dirs(ctx &c) { return new_list(c, FL_DIRSONLY, false); }
+int list_files(ctx &c) { return new_list(c, FL_FILESONLY, false); }
+int copy(ctx &c) { return fl_copy(c.lv, c.i, c.rest, false); }
+int rename(ctx &c) { return fl_copy(c.lv, c.i, c.rest, true); }
+int diff(ctx &c) { return fl_diff(c.lv, c.i, c.rest); }
+int open(ctx &c) { return fl_run_file(path_of(c.lv, c.i), true); }
+
+// An editor command on the file, its quoted path after the command's word.
+int editor_on(ctx &c, const char *word)
+{
+    std::string path = path_of(c.lv, c.i);
+    return fl_edit(std::string(word) + " " + fl_quote(path) + std::string(c.rest));
+}
+int xed(ctx &c) { return editor_on(c, "xed"); }
+int xbin(ctx &c) { return editor_on(c, "xbin"); }
+int xkb(ctx &c) { return editor_on(c, "xkb"); }
+
+int sort_by(ctx &c, int code)
+{
+    c.lv.sort = code;
+    fl_sort(c.lv);
+    return 0;
+}
+int sort_name(ctx &c) { return sort_by(c, FL_BYNAME); }
+int sort_type(ctx &c) { return sort_by(c, FL_BYTYPE); }
+int sort_size(ctx &c) { return sort_by(c, FL_BYSIZE); }
+int sort_date(ctx &c) { return sort_by(c, FL_BYTIME); }
+int sort_name_r(ctx &c) { return sort_by(c, FL_BYNAME | FL_REVERSED); }
+int sort_type_r(ctx &c) { return sort_by(c, FL_BYTYPE | FL_REVERSED); }
+int sort_size_r(ctx &c) { return sort_by(c, FL_BYSIZE | FL_REVERSED); }
+int sort_date_r(ctx &c) { return sort_by(c, FL_BYTIME | FL_REVERSED); }
+
+enum : unsigned {
+    ON_PARENT = 1, // only on the entry `..`
+    XEDIT = 2,     // only in the XEDIT vocabulary
+};
+
+struct word {
+    const char *name;
+    fn run;
+    unsigned when;
+};
+
+// In the order they are tried.
+constexpr word words[] = {
+    {"bottom", move_bottom, ON_PARENT}, {"top", move_top, ON_PARENT},
+    {"e", refuse_e, XEDIT},             {"e", erase, 0},
+    {"rm", erase, 0},                   {"f", list_all, 0},
+    {"*f", list_all, 0},                {"rf", list_tree, 0},
+    {"df", list_dirs, 0},               {"ff", list_files, 0},
+    {"cp", copy, 0},                    {"copy", copy, 0},
+    {"mv", rename, 0},                  {"ren", rename, 0},
+    {"open", open, 0},                  {"diff", diff, 0},
+    {"xed", xed, 0},                    {"x", xed, 0},
+    {"xbin", xbin, 0},                  {"xkb", xkb, 0},
+    {"/sn", sort_name, 0},              {"/st", sort_type, 0},
+    {"/sb", sort_size, 0},              {"/sd", sort_date, 0},
+    {"/snr", sort_name_r, 0},           {"/str", sort_type_r, 0},
+    {"/sbr", sort_size_r, 0},           {"/sdr", sort_date_r, 0},
+};
+
+// A `.flist` macro of that name, given the rest and the entry's path.
+bool flist_macro(const std::string &name, std::string_view rest, const std::string &path, int &result)
+{
+    for (const xfmacro &m : flist_macros) {
+        if (m.name != name)
+            continue;
+        if (!xfrexx_hook) {
+            xfmsg(173, 1);
+            result = 1;
+            return true;
+        }
+        macro_depth++;
+        int r = xfrexx_hook(m.path, std::string(rest) + " " + fl_quote(path));
+        macro_depth--;
+        result = r != 0;
+        return true;
+    }
+    return false;
+}
+
+// The message the editor gave last during a command, for the list's line.
+struct message_watch {
+    size_t before = xv ? xv->msgs.size() : 0;
+    void report() const
+    {
+        if (xv && xv->msgs.size() > before)
+            fl_say(xv->msgs.back());
+    }
+};
+
+} // namespace
+
+int fl_line_command(size_t i, const std::string &typed)
+{
+    fl_level &lv = fl_levels.back();
+    std::string path = path_of(lv, i);
+    std::string text = fl_subst(typed, path);
+    std::string_view all = xftrim(text), rest = all;
+    std::string w(xfword(rest));
+    int result = 0;
+    message_watch watch;
+    if (flist_macro(w, rest, path, result)) {
+        watch.report();
+        return result;
+    }
+    for (const word &b : words) {
+        if (strcasecmp(b.name, w.c_str()) != 0)
+            continue;
+        if ((b.when & ON_PARENT) && !fl_is_parent(lv.list, i))
+            continue;
+        if ((b.when & XEDIT) && modes.command_ispf)
+            continue;
+        ctx c{lv, i, rest};
+        result = b.run(c);
+        watch.report();
+        return result;
+    }
+    // Any other text is an editor command on the file: a lone `/` stands
+    // for its quoted path, and with none the path ends the command.
+    std::string cmd, q = fl_quote(path);
+    bool placed = false;
+    for (size_t k = 0; k < all.size(); k++) {
+        bool alone = all[k] == '/' && (k == 0 || all[k - 1] == ' ') && (k + 1 == all.size() || all[k + 1] == ' ');
+        cmd += alone ? q : std::string(1, all[k]);
+        placed = placed || alone;
+    }
+    if (!placed && text == typed)
+        cmd += " " + q;
+    cmd_rc = 0;
+    xfcom2(cmd);
+    watch.report();
+    return cmd_rc != 0 && cmd_rc != 2;
+}
+
+int fl_open_entry(size_t i)
+{
+    fl_level &lv = fl_levels.back();
+    if (fl_is_dir(lv.list.st[i]))
+        return flcom("* *", path_of(lv, i), FL_ALL, false);
+    if (fl_removed(lv.list.st[i])) {
+        fl_say("..... File " + fl_shown(lv.list.name[i]) + " already erased");
+        return 1;
+    }
+    return fl_edit("xed " + fl_quote(path_of(lv, i)));
+}

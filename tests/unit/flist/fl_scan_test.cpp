@@ -1,0 +1,242 @@
+// The scan and the sort over a real folder, and the line commands that
+// change files, with no page: the list's arrays are looked at directly.
+#include <gtest/gtest.h>
+
+#include "flist/flist.h"
+#include "session/xed.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+namespace {
+
+class FlScan : public ::testing::Test {
+protected:
+    std::string dir;
+    void SetUp() override
+    {
+        char t[] = "/tmp/xed-flist.XXXXXX";
+        char *d = mkdtemp(t);
+        ASSERT_NE(d, nullptr);
+        char buf[4096];
+        dir = realpath(d, buf);
+        setenv("XDG_DATA_HOME", (dir + "/data").c_str(), 1);
+        mkdir((dir + "/w").c_str(), 0755);
+        fl_dirs.clear();
+        fl_levels.clear();
+        fl_parent = 1;
+        recycle_on = 1;
+    }
+    void TearDown() override
+    {
+        fl_levels.clear();
+        unsetenv("XDG_DATA_HOME");
+        (void)!std::system(("chmod -R u+rwx '" + dir + "' 2>/dev/null; rm -rf '" + dir + "'").c_str());
+    }
+    void make(const std::string &name, size_t size, time_t when = 0)
+    {
+        std::ofstream(dir + "/w/" + name, std::ios::binary) << std::string(size, 'x');
+        if (when) {
+            struct timeval tv[2] = {{when, 0}, {when, 0}};
+            utimes((dir + "/w/" + name).c_str(), tv);
+        }
+    }
+    fl_level &level(const char *npat = "*", const char *epat = "*")
+    {
+        fl_levels.emplace_back();
+        fl_level &lv = fl_levels.back();
+        lv.npat = npat;
+        lv.epat = epat;
+        EXPECT_EQ(fl_dir_enter(dir + "/w", lv.dirindex), 0);
+        lv.dir = fl_dirs[size_t(lv.dirindex)];
+        return lv;
+    }
+    // The base names in display order.
+    static std::vector<std::string> shown(const fl_level &lv)
+    {
+        std::vector<std::string> out;
+        for (int32_t i : lv.list.order)
+            out.push_back(fl_basename(lv.list.name[size_t(i)]));
+        return out;
+    }
+    static size_t find(const fl_level &lv, const std::string &base)
+    {
+        for (size_t i = 0; i < lv.list.count(); i++)
+            if (fl_basename(lv.list.name[i]) == base)
+                return i;
+        return size_t(-1);
+    }
+};
+
+using names = std::vector<std::string>;
+
+TEST_F(FlScan, EmptyFolderShowsOnlyTheParentAndIsNoFailure)
+{
+    fl_level &lv = level();
+    EXPECT_EQ(fl_scan(lv), 0);
+    EXPECT_EQ(shown(lv), names{".."});
+    EXPECT_EQ(lv.list.dir[0], fl_mode_index(fl_mode_letters(lv.list.dir[0])));
+    EXPECT_EQ(fl_dirs[size_t(lv.list.dir[0])], dir); // `..` belongs to the folder above
+    fl_parent = 0;
+    EXPECT_EQ(fl_scan(lv), 28);
+    EXPECT_EQ(lv.msg, ".... File not found");
+}
+
+TEST_F(FlScan, PatternsAndFilters)
+{
+    make("Makefile", 1);
+    make("main.c", 2);
+    make("util.c", 3);
+    make("notes.txt", 4);
+    mkdir((dir + "/w/sub.d").c_str(), 0755);
+    fl_level &a = level("*", ".");
+    ASSERT_EQ(fl_scan(a), 0);
+    EXPECT_EQ(shown(a), (names{"..", "Makefile"}));
+    fl_level &b = level("*", "c");
+    ASSERT_EQ(fl_scan(b), 0);
+    EXPECT_EQ(shown(b), (names{"..", "main.c", "util.c"}));
+    fl_level &c = level();
+    c.filter = FL_DIRSONLY;
+    ASSERT_EQ(fl_scan(c), 0);
+    EXPECT_EQ(shown(c), (names{"..", "sub.d"}));
+    fl_level &d = level();
+    d.filter = FL_FILESONLY;
+    ASSERT_EQ(fl_scan(d), 0);
+    EXPECT_EQ(d.list.count(), 4u); // no `..` when directories are left out
+}
+
+TEST_F(FlScan, EverySortKeepsTheParentOnTop)
+{
+    make("b.zz", 30, 3000);
+    make("a.yy", 10, 1000);
+    make("c.xx", 20, 2000);
+    make("ab", 5, 4000);
+    fl_level &lv = level();
+    ASSERT_EQ(fl_scan(lv), 0);
+    const struct {
+        int code;
+        names want;
+    } cases[] = {
+        {FL_BYNAME, {"..", "a.yy", "ab", "b.zz", "c.xx"}},
+        {FL_BYNAME | FL_REVERSED, {"..", "c.xx", "b.zz", "ab", "a.yy"}},
+        {FL_BYTYPE, {"..", "ab", "c.xx", "a.yy", "b.zz"}},
+        {FL_BYTYPE | FL_REVERSED, {"..", "b.zz", "a.yy", "c.xx", "ab"}},
+        {FL_BYSIZE, {"..", "ab", "a.yy", "c.xx", "b.zz"}},
+        {FL_BYSIZE | FL_REVERSED, {"..", "b.zz", "c.xx", "a.yy", "ab"}},
+        {FL_BYTIME, {"..", "a.yy", "c.xx", "b.zz", "ab"}},
+        {FL_BYTIME | FL_REVERSED, {"..", "ab", "b.zz", "c.xx", "a.yy"}},
+    };
+    for (const auto &c : cases) {
+        lv.sort = c.code;
+        fl_sort(lv);
+        EXPECT_EQ(shown(lv), c.want) << "sort code " << c.code;
+    }
+}
+
+TEST_F(FlScan, RescanKeepsTypedCommandsAndUnreadableFolderIsSaid)
+{
+    make("a", 1);
+    fl_level &lv = level();
+    ASSERT_EQ(fl_scan(lv), 0);
+    lv.list.cmd[find(lv, "a")] = "xed";
+    make("b", 1);
+    ASSERT_EQ(fl_scan(lv), 0);
+    EXPECT_EQ(lv.list.cmd[find(lv, "a")], "xed");
+    EXPECT_EQ(lv.list.cmd[find(lv, "b")], "");
+    if (geteuid() != 0) {
+        chmod((dir + "/w").c_str(), 0);
+        EXPECT_EQ(fl_scan(lv), 29);
+        EXPECT_EQ(lv.msg, ".... Can't open directory " + fl_mode_letters(lv.dirindex));
+        chmod((dir + "/w").c_str(), 0755);
+    }
+    (void)!std::system(("rm -rf '" + dir + "/w'").c_str());
+    EXPECT_EQ(fl_scan(lv), 29);
+}
+
+TEST_F(FlScan, TheTableHoldsSevenHundredAndOneFolders)
+{
+    int idx = 0;
+    ASSERT_EQ(fl_dir_enter(dir, idx), 0);
+    ASSERT_EQ(fl_dir_enter(dir + "/w/../w/..", idx), 0);
+    EXPECT_EQ(idx, 0) << "the same folder finds its place again";
+    for (int k = 1; k < FL_MAXDIRS; k++) {
+        std::string d = dir + "/d" + std::to_string(k);
+        mkdir(d.c_str(), 0755);
+        ASSERT_EQ(fl_dir_enter(d, idx), 0);
+        ASSERT_EQ(idx, k);
+    }
+    mkdir((dir + "/one-more").c_str(), 0755);
+    EXPECT_EQ(fl_dir_enter(dir + "/one-more", idx), 5);
+    EXPECT_EQ(fl_dir_message(5), ".... Too many directories");
+    EXPECT_EQ(fl_dir_enter(dir + "/nowhere", idx), 2);
+    EXPECT_EQ(fl_dir_enter("/" + std::string(600, 'x'), idx), 3);
+}
+
+TEST_F(FlScan, EraseGoesToTheTrashAndMarksTheEntry)
+{
+    make("gone.txt", 7);
+    make("keep.txt", 5);
+    fl_level &lv = level();
+    ASSERT_EQ(fl_scan(lv), 0);
+    size_t g = find(lv, "gone.txt");
+    ASSERT_EQ(fl_erase(lv, g), 0);
+    EXPECT_TRUE(fl_removed(lv.list.st[g]));
+    EXPECT_NE(access((dir + "/w/gone.txt").c_str(), F_OK), 0);
+    EXPECT_EQ(access((dir + "/data/Trash/files/gone.txt").c_str(), F_OK), 0);
+    EXPECT_EQ(access((dir + "/data/Trash/info/gone.txt.trashinfo").c_str(), F_OK), 0);
+    // Again: the file is gone already.
+    EXPECT_EQ(fl_erase(lv, g), 1);
+    EXPECT_EQ(lv.msg, "..... File " + dir + "/w/gone.txt already erased");
+    // The parent entry is no regular file.
+    lv.msg.clear();
+    EXPECT_EQ(fl_erase(lv, find(lv, "..")), 1);
+    EXPECT_EQ(lv.msg, "..... File .. is not a regular file");
+}
+
+TEST_F(FlScan, EraseWhenTheTrashCannotBeMadeKeepsTheFile)
+{
+    make("stay.txt", 3);
+    std::ofstream(dir + "/data") << "a file where the Trash's folder should be";
+    fl_level &lv = level();
+    ASSERT_EQ(fl_scan(lv), 0);
+    size_t s = find(lv, "stay.txt");
+    EXPECT_EQ(fl_erase(lv, s), 1);
+    EXPECT_EQ(lv.msg, "..... Error while erasing " + dir + "/w/stay.txt");
+    EXPECT_FALSE(fl_removed(lv.list.st[s]));
+    EXPECT_EQ(access((dir + "/w/stay.txt").c_str(), F_OK), 0);
+}
+
+TEST_F(FlScan, CopyTargetsAndRefusals)
+{
+    make("a.txt", 4);
+    mkdir((dir + "/w/sub").c_str(), 0755);
+    fl_level &lv = level();
+    ASSERT_EQ(fl_scan(lv), 0);
+    size_t a = find(lv, "a.txt");
+    ASSERT_EQ(fl_copy(lv, a, " = bak", false), 0);
+    EXPECT_EQ(access((dir + "/w/a.bak").c_str(), F_OK), 0);
+    EXPECT_NE(find(lv, "a.bak"), size_t(-1)) << "the copy is entered in the list";
+    EXPECT_EQ(fl_copy(lv, a, " = bak", false), 1);
+    EXPECT_EQ(lv.msg, ".... File " + dir + "/w/a.bak already exists;specify (rep");
+    EXPECT_EQ(fl_copy(lv, a, " = bak (rep", false), 0);
+    EXPECT_EQ(fl_copy(lv, a, " /n.old", false), 0);
+    EXPECT_EQ(access((dir + "/w/a.old").c_str(), F_OK), 0);
+    EXPECT_EQ(fl_copy(lv, a, " sub", false), 0);
+    EXPECT_EQ(access((dir + "/w/sub/a.txt").c_str(), F_OK), 0);
+    EXPECT_EQ(fl_copy(lv, a, " =", false), 1);
+    EXPECT_EQ(lv.msg, "... Identical files");
+    EXPECT_EQ(fl_copy(lv, a, " = (bogus", false), 1);
+    EXPECT_EQ(lv.msg, ".... Invalid parameters for copy");
+    EXPECT_EQ(fl_copy(lv, find(lv, "sub"), " x", false), 1);
+    EXPECT_EQ(lv.msg, ".... Can't copy a directory");
+    EXPECT_EQ(fl_copy(lv, a, " =", true), 1);
+    EXPECT_EQ(lv.msg, ".... Identicals files");
+    ASSERT_EQ(fl_copy(lv, a, " b txt", true), 0);
+    EXPECT_EQ(fl_basename(lv.list.name[a]), "b.txt") << "a rename changes the entry in place";
+    EXPECT_NE(access((dir + "/w/a.txt").c_str(), F_OK), 0);
+}
+
+} // namespace
