@@ -282,7 +282,8 @@ int fl_page(fl_level &lv)
         if (!L.rows[r].wide) {
             const parts &p = shown[r];
             std::string right = " " + std::string(size_t(L.sizew) - p.size.size(), ' ') + p.size;
-            if (!fl_removed(l.st[i]) && lv.display == 0) {
+            // A status that could not be had has no date to show.
+            if (!fl_removed(l.st[i]) && lv.display == 0 && l.st[i].mode != 0) {
                 const fl_status &s = l.st[i];
                 right += " " + fl_date(s.mtime ? s.mtime : s.ctime ? s.ctime : s.atime);
             }
@@ -310,6 +311,8 @@ void fl_fetch(fl_level &lv)
             continue;
         std::string typed(t, size_t(len));
         free(t);
+        // Typed further right on the line it is the same command.
+        typed.erase(0, typed.find_first_not_of(' ') == std::string::npos ? typed.size() : typed.find_first_not_of(' '));
         // A field shows a name's escapes; untouched, it keeps the raw text.
         if (typed != fl_shown(lv.list.cmd[i]))
             lv.list.cmd[i] = typed;
