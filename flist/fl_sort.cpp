@@ -43,9 +43,12 @@ struct comparer {
         if (a.parent != b.parent)
             return a.parent;
         int c = plain(a, b);
+        // Equal sizes or times go by name, so that the order does not
+        // depend on the order the directory gives its names in.
+        if (c == 0 && key != FL_BYNAME && key != FL_BYTYPE)
+            c = padded(a.stem, b.stem) ? padded(a.stem, b.stem) : padded(a.ext, b.ext);
         if (reversed)
             c = -c;
-        // Scan order settles ties, so that a list looks the same each time.
         return c ? c < 0 : ia < ib;
     }
 };
@@ -57,11 +60,9 @@ sortkey key_of(const fl_list &l, size_t i, int key)
     // Directories show no size, and sort as empty.
     int64_t size = fl_is_dir(s) ? 0 : s.size;
     k.value = key == FL_BYSIZE ? size : s.mtime ? s.mtime : s.ctime ? s.ctime : s.atime;
-    if (key == FL_BYNAME || key == FL_BYTYPE) {
-        std::string_view whole(l.name[i]);
-        size_t slash = whole.rfind('/');
-        fl_split(slash == std::string_view::npos ? whole : whole.substr(slash + 1), k.stem, k.ext);
-    }
+    std::string_view whole(l.name[i]);
+    size_t slash = whole.rfind('/');
+    fl_split(slash == std::string_view::npos ? whole : whole.substr(slash + 1), k.stem, k.ext);
     return k;
 }
 
