@@ -600,9 +600,16 @@ int xfpfx_macro(const xfpend &p, const char *set)
     for (size_t k = 1; k < p.words.size(); k++)
         args += " " + p.words[k];
     std::string path = m->path;
+    // The command line was taken before the prefix area ran: a command of
+    // the macro's that is given back there must not run after it.
+    std::vector<std::string> cmdlines;
+    for (xview *w : views)
+        cmdlines.push_back(w->cmdline);
     macro_depth++;
     int r = xfrexx_hook(path, args);
     macro_depth--;
+    for (size_t k = 0; k < views.size() && k < cmdlines.size(); k++)
+        views[k]->cmdline = cmdlines[k];
     // The file and its current line come back, if the file is still there.
     if (v < (int)views.size())
         xfsetview(v);
