@@ -298,6 +298,19 @@ void xf_do(char cd, std::string_view text, int32_t li, const char *tag)
 // References that follow the lines.
 
 namespace {
+// Entries of a list that name lines [from, from+n) go with them; those
+// behind move up.
+template <class V, class L> void drop_lines(V &v, int32_t from, int32_t n, L line)
+{
+    int32_t end = from + n;
+    v.erase(std::remove_if(v.begin(), v.end(),
+                           [&](auto &p) { return line(p) >= from && line(p) < end; }),
+            v.end());
+    for (auto &p : v)
+        if (line(p) >= end)
+            line(p) -= n;
+}
+
 template <class F> void each_cursor(F f)
 {
     f(xf->ptcur_i);
@@ -328,22 +341,10 @@ void xfshift_up(int32_t from, int32_t n, int32_t at)
 {
     (void)at;
     int32_t end = from + n;
-    for (auto *t : {&xf->pend1, &xf->pend2}) {
-        t->erase(std::remove_if(t->begin(), t->end(),
-                                [&](const xfpend &p) { return p.li >= from && p.li < end; }),
-                 t->end());
-        for (auto &p : *t)
-            if (p.li >= end)
-                p.li -= n;
-    }
-    for (auto *pt : {&xf->pfxtexts, &xf->pfxerrs}) {
-        pt->erase(std::remove_if(pt->begin(), pt->end(),
-                                 [&](const auto &p) { return p.second >= from && p.second < end; }),
-                  pt->end());
-        for (auto &p : *pt)
-            if (p.second >= end)
-                p.second -= n;
-    }
+    for (auto *t : {&xf->pend1, &xf->pend2})
+        drop_lines(*t, from, n, [](xfpend &p) -> int32_t & { return p.li; });
+    for (auto *t : {&xf->pfxtexts, &xf->pfxerrs})
+        drop_lines(*t, from, n, [](auto &p) -> int32_t & { return p.second; });
     each_cursor([&](xfcursor &c) {
         if (c.ec != xvidx || c.fld != 0)
             return;
