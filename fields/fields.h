@@ -5,6 +5,9 @@
 #pragma once
 #include <cstdint>
 #include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
 
 class fs_plat;
 
@@ -254,6 +257,9 @@ void asfrepeat(int on);
 void fsalrm();
 void asfmap(int entry, int red, int green, int blue);
 void asqmap(int entry, int *red, int *green, int *blue);  // an entry as set
+// Changes the text font by name (face%style%width%height), keeping the grid's
+// lines and columns; 1 and "Invalid font" with the name when there is none.
+int asffont(const char *font);
 void asfro(int on);  // the status line's read-only mark
 
 // ---- input -----------------------------------------------------------------
@@ -305,6 +311,39 @@ void aspend();
 // Maps the cursor to the position the status line shows; null keeps the grid's.
 typedef void (*fs_poshook)(int *line, int *col);
 extern fs_poshook as_poshook;
+
+// ---- menus -----------------------------------------------------------------
+//
+// A menu is a list of items, each a title with a command or a sub-menu. The
+// bar's items are numbered from 0 (below FS_POPUP_ID), the page's pop-up from
+// FS_POPUP_ID, field menus from FS_FIELDMENU_ID, tool bar buttons from
+// FS_TOOLBAR_ID; the id of a choice comes back as the read's value.
+constexpr int FS_POPUP_ID = 10000;
+constexpr int FS_FIELDMENU_ID = 20000;
+constexpr int FS_TOOLBAR_ID = 30000;
+constexpr int FS_MENU_MAXLINES = 50000;  // past this an include must be looping
+
+struct fs_menu {
+  struct item {
+    std::string title;              // what the menu shows
+    std::string command;            // run when chosen; empty for a sub-menu
+    int id = -1;                    // id of the choice, -1 for a sub-menu
+    std::unique_ptr<fs_menu> sub;   // the sub-menu, or null
+  };
+  std::vector<item> items;  // in file order
+};
+
+// Reads a menu file with its includes ("$xhome/" stands for home). Lines in
+// error are left out, each with its message added to errors; a file that
+// cannot be read or includes itself for ever gives null and one message.
+std::unique_ptr<fs_menu> fs_menuread(const std::string &path, const std::string &home,
+                                     std::vector<std::string> &errors);
+// Puts a menu in place (0 the bar, 1 the page's pop-up; null removes it),
+// numbering its items, and shows both through the layer.
+void fs_menuset(int which, std::unique_ptr<fs_menu> menu);
+const fs_menu *fs_menuget(int which);
+// The command of the item with this id; null when there is none.
+const char *fs_menucmd(int id);
 
 // ---- screen dump (headless and tests) ------------------------------------
 

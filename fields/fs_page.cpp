@@ -531,3 +531,14 @@ void asqmap(int entry, int *red, int *green, int *blue) {
   *green = fs.pal[e][1];
   *blue = fs.pal[e][2];
 }
+
+int asffont(const char *font) {
+  if (!fs_started("asffont : call fsinit() first")) return 1;
+  std::string name = font ? font : "";
+  if (fs.plat && fs.plat->font(name) != 0) {
+    fs_err(1, "Invalid font\n%s", name.c_str());
+    return 1;
+  }
+  as_errno = 0;
+  return 0;
+}

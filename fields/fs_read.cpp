@@ -304,6 +304,8 @@ int dispatch(const fs_event &e, int ch, int *value) {
   switch (code) {
     case FSK_CLOSE: case FSK_MENUBAR: case FSK_TOOLBAR: case FSK_SCROLLBAR:
       *value = ch > 0 ? ch : 0;
+      // The page's pop-up menu shares the bar's event; its ids say which.
+      if (code == FSK_MENUBAR && *value >= FS_POPUP_ID && *value < FS_FIELDMENU_ID) return 31;
       return code == FSK_CLOSE ? 672 : code == FSK_MENUBAR ? 63 : code == FSK_TOOLBAR ? 64 : 40;
     case FSK_PAINT:
       return fs.askpaint ? 29 : -1;
@@ -618,9 +620,25 @@ void fs_mark(int what) {
 }
 
 void fs_closebox() {
-  // Without a dialog to ask in, the asking forms end the window as Continue would.
-  static const int action[6] = {FS_MARK_GONE, 0, FS_MARK_GONE, FS_MARK_GONE, -1, FS_MARK_GONE};
-  int a = fs.veto >= 0 && fs.veto < 6 ? action[fs.veto] : FS_MARK_GONE;
+  // What each asfveto value does: ask (with the buttons' order), ignore, end,
+  // or let the application decide through event 672.
+  struct closerow {
+    int action;            // FS_MARK_GONE, 0 ignore, -1 the event, 2 ask
+    int kind;              // alert kind of the question
+    const char *question;  // lines of the question
+  };
+  static const closerow rows[6] = {
+      {2, 1, "Really Quit?"},
+      {0, 0, nullptr},
+      {2, 3, "Quitting now will discard unsaved changes.\nReally Quit?"},
+      {FS_MARK_GONE, 0, nullptr},
+      {-1, 0, nullptr},
+      {FS_MARK_GONE, 0, nullptr},
+  };
+  const closerow &r = rows[fs.veto >= 0 && fs.veto < 6 ? fs.veto : 3];
+  int a = r.action;
+  // A layer that cannot ask ends the window as Continue would.
+  if (a == 2) a = fs.plat && fs.plat->ask(r.question, r.kind) ? 0 : FS_MARK_GONE;
   if (a > 0) fs_mark(a);
   if (a < 0) {
     fs_event e{};

@@ -47,6 +47,20 @@ class fs_plat {
   virtual void clear() = 0;                                // blank everything
   virtual void pointer(int shape) = 0;                     // 1 arrow, 2 busy, 3 text
   virtual void flush() = 0;                                // end of a refresh
+
+  // What only a window has. A layer without one keeps these defaults: no
+  // font to change, no menus, tool bar or scroll bar to show.
+  // Changes the text font by name; 0, or 1 when there is no such font.
+  virtual int font(const std::string &) { return 0; }
+  // Shows the menu bar and the page's pop-up menu (null: none).
+  virtual void menus(const struct fs_menu *, const struct fs_menu *) {}
+  virtual void popup(int, int) {}                          // opens the pop-up at a pixel
+  virtual int toolbar(int) { return 0; }                   // 1 on, 0 off, -1 ask; the state
+  // The scroll bar: lines in all, the first one shown, how many are shown.
+  virtual void scrollbar(long, long, long) {}
+  // Asks the close-box question; false when the layer cannot ask, and the
+  // caller then acts as on Continue. On Continue the layer sets the gone mark.
+  virtual bool ask(const std::string &, int) { return false; }
 };
 
 // Calls a layer makes into the model from its message handling.

@@ -340,6 +340,10 @@ extern std::string startdir;       // current directory at start
 extern std::vector<std::string> cdpath; // XCDPATH entries, each ending in '/'
 extern std::vector<std::string> xpath;  // XPATH or PATH absolute entries
 extern std::string installdir;     // directory of the program, ending in '/'
+// The command a menu choice (read codes 63, 31) or a tool bar button (64)
+// runs; "" for none.
+std::string xfwin_command(int code, int value);
+void xfwin_start();  // the window's tool bar and shipped menu, at start
 std::string xfuser_data();         // the user's data folder, $XDG_DATA_HOME/vorta/
 extern std::string xhome;          // the editor's home directory
 extern std::vector<std::string> raw_argv; // the vector as split

@@ -8,6 +8,7 @@
 #include "session/xfpage.h"
 #include "commands/commands.h"
 #include "fields/fields.h"
+#include "fields/plat.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -334,6 +335,8 @@ void xfread(int toplevel)
     typed_this_cycle = false;
     for (;;) {
         int code = 0, value = 0, nmod = 0;
+        if (fs_plat *l = fs_layer(); l && xf && xv) // lines -1 to nbli, top and end included
+            l->scrollbar(nbli() + 2, curline() + 1, (long)xv->rows.size());
         asread(&code, &value, &nmod);
         aid = code;
         aid_value = value;
@@ -345,6 +348,22 @@ void xfread(int toplevel)
             resized = true;
             return;
         case 27: case 29: case 42: case 67: case 673:
+            continue;
+        case 31: case 63: case 64: { // a menu item or a tool bar button
+            std::string cmd = xfwin_command(code, value);
+            if (cmd.empty())
+                continue;
+            read_cursor();
+            xfack();
+            cmd_queue.push_back(cmd);
+            return;
+        }
+        case 40: // the scroll bar: its position is the new current line
+            read_cursor();
+            xfack();
+            if (xf)
+                curline() = std::clamp<int32_t>(value - 1, -1, nbli());
+            xfdisplay();
             continue;
         case 32: // typed at a field's last cell
         case 36:

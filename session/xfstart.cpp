@@ -10,6 +10,7 @@
 #include "fields/fields.h"
 #include "fields/plat.h"
 #include "fields/plat_term/plat_term.h"
+#include "fields/plat_qt/plat_qt.h"
 
 #include <cerrno>
 #include <climits>
@@ -39,6 +40,10 @@ void xftimeload_start();
 void xfcrash_install();
 // Weak: programs linked without the terminal layer (the unit tests) find none.
 fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) __attribute__((weak));
+fs_plat *fs_plat_qt(int argc, char **argv, fs_qt_gonehook ongone, std::string &err)
+    __attribute__((weak));
+bool fs_qt_display() __attribute__((weak));
+bool fs_qt_named() __attribute__((weak));
 
 void xfqueue(std::string_view text) { cmd_queue.emplace_back(text); }
 void xfqueue_clear() { cmd_queue.clear(); }
@@ -428,6 +433,7 @@ int xfmain(int argc, char **argv)
     regrouped_argv = words;
 
     // The screen: none in batch; the headless layer for a key script; the
+    // window when a display answers (and -term does not say otherwise); the
     // terminal with -term, or when standard input is one. With none of these
     // there is no screen to be had, and the run goes on without one: its
     // start-up commands run, their messages go to standard error.
@@ -436,7 +442,19 @@ int xfmain(int argc, char **argv)
     bool term = false;
     for (size_t i = 1; i < nopts; i++)
         term = term || words[i] == "-term";
-    if (!batch && o.keys.empty() && (term || isatty(0))) {
+    std::vector<char *> av;
+    for (auto &w : words)
+        av.push_back(const_cast<char *>(w.c_str()));
+    av.push_back(nullptr);
+    if (!batch && o.keys.empty() && !term && fs_plat_qt && fs_qt_named()) {
+        std::string why = "the display does not answer";
+        // When the display goes, every changed file is kept as a ".check" copy.
+        if (fs_qt_display())
+            layer = fs_plat_qt((int)words.size(), av.data(), xfendsig_rescue, why);
+        if (!layer)
+            std::fprintf(stderr, "vorta: no window (%s): the terminal is used\n", why.c_str());
+    }
+    if (!layer && !batch && o.keys.empty() && (term || isatty(0))) {
         std::string why = "no terminal layer in this program";
         // When the terminal goes, every changed file is kept as a ".check" copy.
         layer = fs_plat_term ? fs_plat_term(xfendsig_rescue, why) : nullptr;
@@ -448,10 +466,6 @@ int xfmain(int argc, char **argv)
         layer = fs_plat_null(24, 80);
     }
     if (layer) {
-        std::vector<char *> av;
-        for (auto &w : words)
-            av.push_back(const_cast<char *>(w.c_str()));
-        av.push_back(nullptr);
         if (fsinit((int)words.size(), av.data(), layer) < 0)
             die("vorta: can't initialize");
         fsinit2();
@@ -469,6 +483,7 @@ int xfmain(int argc, char **argv)
         xfgeom(true);
         if (!pageok)
             die("vorta: too small window");
+        xfwin_start();
     }
 
     xfsyn_defaults(); // before the profile, which may read other rules

@@ -134,7 +134,7 @@ while IFS= read -r line || [ -n "$line" ]; do
       cat >"$work/.run" <<EOS
 set -m
 cd '$work'
-env TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state' '$run' $np $rest
+env -u DISPLAY -u WAYLAND_DISPLAY TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state' '$run' $np $rest
 rc=\$?
 while [ \$rc -gt 128 ] && [ -n "\$(jobs -s)" ]; do
   touch .stopped
