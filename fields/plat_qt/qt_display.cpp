@@ -2,6 +2,7 @@
 // cannot open the display it is given, so the server's socket is tried here
 // first, and a display that does not answer leaves the choice to the terminal.
 #include "fields/plat_qt/plat_qt.h"
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <netdb.h>

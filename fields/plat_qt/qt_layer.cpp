@@ -217,12 +217,15 @@ void qtplat::resized() {
   }
   endpaint();
   img_ = n;
-  int lines = std::max(1, s.height() / ch_ - 1), cols = std::max(1, s.width() / cw_);
-  if (lines != lines_ || cols != cols_) {
-    lines_ = lines;
-    cols_ = cols;
-    mark(FS_MARK_RESIZE);
-  }
+  lines_ = std::max(1, s.height() / ch_ - 1);
+  cols_ = std::max(1, s.width() / cw_);
+  // Judged once the toolkit is idle: a change of the bars resizes the grid
+  // and puts it back, which is no resize for the page.
+  QTimer::singleShot(0, grid_, [this] {
+    int l, c;
+    fs_grid(&l, &c);
+    if (l != lines_ || c != cols_) mark(FS_MARK_RESIZE);
+  });
   // A size that is not whole cells is put right once the user lets go.
   if ((s.width() % cw_ || (s.height() - RULE_PX) % ch_) && !win_->isMaximized() &&
       !win_->isFullScreen())
@@ -444,6 +447,9 @@ void qtplat::show(int on) {
   if (win_->isVisible()) return;
   if (iconic_) win_->showMinimized();
   else win_->show();
+  // Showing lays the window out anew: the grid asked for comes back.
+  if (startlines_) size(startlines_, startcols_);
+  startlines_ = 0;
   grid_->setFocus();
 }
 
@@ -641,6 +647,8 @@ fs_plat *fs_plat_qt(int argc, char **argv, fs_qt_gonehook ongone, std::string &e
   l->grid_->resize(g);
   l->win_->move(scr.x() + pos.left, scr.y() + pos.top);
   l->size(pos.lines, pos.cols);
+  l->startlines_ = pos.lines;
+  l->startcols_ = pos.cols;
   l->mem_ = pos;
   l->mem_.font = fontname;
   qw_layer = l;

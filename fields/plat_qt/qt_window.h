@@ -105,6 +105,7 @@ class qtplat : public fs_plat {
   std::string fontname_;           // its name as given
   int cw_ = 9, ch_ = 15, ascent_ = 12;  // cell size and baseline
   int lines_ = 24, cols_ = 80;     // the grid
+  int startlines_ = 0, startcols_ = 0;  // the grid wanted when first shown
   QSize screen_;                   // the screen's size
   bool noauto_ = false;            // no window memory
   bool iconic_ = false;            // start iconic

