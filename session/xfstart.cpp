@@ -438,6 +438,7 @@ int xfmain(int argc, char **argv)
     // there is no screen to be had, and the run goes on without one: its
     // start-up commands run, their messages go to standard error.
     fs_plat *layer = nullptr;
+    bool window = false; // the window, which has no terminal keyboard file
     size_t nopts = words.size() - o.files.size();
     bool term = false;
     for (size_t i = 1; i < nopts; i++)
@@ -451,6 +452,7 @@ int xfmain(int argc, char **argv)
         // When the display goes, every changed file is kept as a ".check" copy.
         if (fs_qt_display())
             layer = fs_plat_qt((int)words.size(), av.data(), xfendsig_rescue, why);
+        window = layer != nullptr;
         if (!layer)
             std::fprintf(stderr, "vorta: no window (%s): the terminal is used\n", why.c_str());
     }
@@ -478,7 +480,7 @@ int xfmain(int argc, char **argv)
     if (!layer)
         impcmscp = 0; // with no screen the shell is never implicit
     if (layer) {
-        if (o.keys.empty())
+        if (o.keys.empty() && !window)
             xfkeys_term(); // the terminal's keyboard file
         xfgeom(true);
         if (!pageok)

@@ -182,8 +182,11 @@ void qtplat::setfont(const QFont &f, const std::string &name) {
   QFontMetrics fm(f);
   cw_ = n.width;
   ch_ = n.height;
-  // Spacing that makes every advance one cell wide, however the face is drawn.
-  font_.setLetterSpacing(QFont::AbsoluteSpacing, cw_ - fm.horizontalAdvance(QLatin1Char('M')));
+  // Spacing that makes every advance one cell wide, however the face is
+  // drawn; fractional, or a run drifts right of its cells and its last
+  // glyph is cut by the next run's background.
+  qreal adv = QFontMetricsF(f).horizontalAdvance(QLatin1Char('M'));
+  font_.setLetterSpacing(QFont::AbsoluteSpacing, qreal(cw_) - adv);
   ascent_ = fm.ascent() + (ch_ - fm.height()) / 2;
   grid_->setMinimumSize(cw_, 2 * ch_ + RULE_PX);
   win_->setSizeIncrement(cw_, ch_);
