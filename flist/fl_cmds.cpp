@@ -35,29 +35,32 @@ int start(const xfcmd &c, int filter, bool recursive)
 
 } // namespace
 
-int xfcm_flist(const xfcmd &c)
+namespace {
+
+// FLIST and its forms differ only in what they list.
+struct form {
+    const char *trace;
+    int filter;
+    bool recursive;
+};
+constexpr form forms[] = {
+    {"Commande xfcm_flist", FL_ALL, false},
+    {"Commande xfcm_rflist", FL_ALL, true},
+    {"Commande xfcm_dflist", FL_DIRSONLY, false},
+    {"Commande xfcm_fflist", FL_FILESONLY, false},
+};
+template <int K> int flist_form(const xfcmd &c)
 {
-    xftrace("Commande xfcm_flist");
-    return start(c, FL_ALL, false);
+    xftrace(forms[K].trace);
+    return start(c, forms[K].filter, forms[K].recursive);
 }
 
-int xfcm_rflist(const xfcmd &c)
-{
-    xftrace("Commande xfcm_rflist");
-    return start(c, FL_ALL, true);
-}
+} // namespace
 
-int xfcm_dflist(const xfcmd &c)
-{
-    xftrace("Commande xfcm_dflist");
-    return start(c, FL_DIRSONLY, false);
-}
-
-int xfcm_fflist(const xfcmd &c)
-{
-    xftrace("Commande xfcm_fflist");
-    return start(c, FL_FILESONLY, false);
-}
+int xfcm_flist(const xfcmd &c) { return flist_form<0>(c); }
+int xfcm_rflist(const xfcmd &c) { return flist_form<1>(c); }
+int xfcm_dflist(const xfcmd &c) { return flist_form<2>(c); }
+int xfcm_fflist(const xfcmd &c) { return flist_form<3>(c); }
 
 int xfcm_flquit(const xfcmd &c)
 {

@@ -28,6 +28,7 @@ struct ctx {
     fl_level &lv;
     size_t i;
     std::string_view rest; // the text after the word
+    int arg;               // the word's own value in the table
 };
 
 using fn = int (*)(ctx &);
@@ -44,45 +45,32 @@ int move_bottom(ctx &c)
 int refuse_e(ctx &) { fl_say("..... Use \"rm\" to delete files"); return 1; }
 int erase(ctx &c) { return fl_erase(c.lv, c.i); }
 
-int new_list(ctx &c, int filter, bool recursive)
+constexpr int TREE = 8; // with a filter in the arg: the directories beneath too
+
+int new_list(ctx &c)
 {
     std::string args = xftrim(c.rest).empty() ? "* *" : std::string(c.rest);
     // The arguments hold the forms of the entry already replaced.
-    return flcom(args, list_dir(c.lv, c.i), filter, recursive);
+    return flcom(args, list_dir(c.lv, c.i), c.arg & ~TREE, (c.arg & TREE) != 0);
 }
-int list_all(ctx &c) { return new_list(c, FL_ALL, false); }
-int list_tree(ctx &c) { return new_list(c, FL_ALL, true); }
-int list_dirs(ctx &c) { return new_list(c, FL_DIRSONLY, false); }
-int list_files(ctx &c) { return new_list(c, FL_FILESONLY, false); }
-int copy(ctx &c) { return fl_copy(c.lv, c.i, c.rest, false); }
-int rename(ctx &c) { return fl_copy(c.lv, c.i, c.rest, true); }
+int copy(ctx &c) { return fl_copy(c.lv, c.i, c.rest, c.arg != 0); }
 int diff(ctx &c) { return fl_diff(c.lv, c.i, c.rest); }
 int open(ctx &c) { return fl_run_file(path_of(c.lv, c.i), true); }
 
 // An editor command on the file, its quoted path after the command's word.
-int editor_on(ctx &c, const char *word)
+constexpr const char *editor_words[] = {"xed", "xbin", "xkb"};
+int editor_on(ctx &c)
 {
     std::string path = path_of(c.lv, c.i);
-    return fl_edit(std::string(word) + " " + fl_quote(path) + std::string(c.rest));
+    return fl_edit(std::string(editor_words[c.arg]) + " " + fl_quote(path) + std::string(c.rest));
 }
-int xed(ctx &c) { return editor_on(c, "xed"); }
-int xbin(ctx &c) { return editor_on(c, "xbin"); }
-int xkb(ctx &c) { return editor_on(c, "xkb"); }
 
-int sort_by(ctx &c, int code)
+int sort_by(ctx &c)
 {
-    c.lv.sort = code;
+    c.lv.sort = c.arg;
     fl_sort(c.lv);
     return 0;
 }
-int sort_name(ctx &c) { return sort_by(c, FL_BYNAME); }
-int sort_type(ctx &c) { return sort_by(c, FL_BYTYPE); }
-int sort_size(ctx &c) { return sort_by(c, FL_BYSIZE); }
-int sort_date(ctx &c) { return sort_by(c, FL_BYTIME); }
-int sort_name_r(ctx &c) { return sort_by(c, FL_BYNAME | FL_REVERSED); }
-int sort_type_r(ctx &c) { return sort_by(c, FL_BYTYPE | FL_REVERSED); }
-int sort_size_r(ctx &c) { return sort_by(c, FL_BYSIZE | FL_REVERSED); }
-int sort_date_r(ctx &c) { return sort_by(c, FL_BYTIME | FL_REVERSED); }
 
 enum : unsigned {
     ON_PARENT = 1, // only on the entry `..`
@@ -92,25 +80,40 @@ enum : unsigned {
 struct word {
     const char *name;
     fn run;
+    int arg;
     unsigned when;
 };
 
 // In the order they are tried.
 constexpr word words[] = {
-    {"bottom", move_bottom, ON_PARENT}, {"top", move_top, ON_PARENT},
-    {"e", refuse_e, XEDIT},             {"e", erase, 0},
-    {"rm", erase, 0},                   {"f", list_all, 0},
-    {"*f", list_all, 0},                {"rf", list_tree, 0},
-    {"df", list_dirs, 0},               {"ff", list_files, 0},
-    {"cp", copy, 0},                    {"copy", copy, 0},
-    {"mv", rename, 0},                  {"ren", rename, 0},
-    {"open", open, 0},                  {"diff", diff, 0},
-    {"xed", xed, 0},                    {"x", xed, 0},
-    {"xbin", xbin, 0},                  {"xkb", xkb, 0},
-    {"/sn", sort_name, 0},              {"/st", sort_type, 0},
-    {"/sb", sort_size, 0},              {"/sd", sort_date, 0},
-    {"/snr", sort_name_r, 0},           {"/str", sort_type_r, 0},
-    {"/sbr", sort_size_r, 0},           {"/sdr", sort_date_r, 0},
+    {"bottom", move_bottom, 0, ON_PARENT},
+    {"top", move_top, 0, ON_PARENT},
+    {"e", refuse_e, 0, XEDIT},
+    {"e", erase, 0, 0},
+    {"rm", erase, 0, 0},
+    {"f", new_list, FL_ALL, 0},
+    {"*f", new_list, FL_ALL, 0},
+    {"rf", new_list, FL_ALL | TREE, 0},
+    {"df", new_list, FL_DIRSONLY, 0},
+    {"ff", new_list, FL_FILESONLY, 0},
+    {"cp", copy, 0, 0},
+    {"copy", copy, 0, 0},
+    {"mv", copy, 1, 0},
+    {"ren", copy, 1, 0},
+    {"open", open, 0, 0},
+    {"diff", diff, 0, 0},
+    {"xed", editor_on, 0, 0},
+    {"x", editor_on, 0, 0},
+    {"xbin", editor_on, 1, 0},
+    {"xkb", editor_on, 2, 0},
+    {"/sn", sort_by, FL_BYNAME, 0},
+    {"/st", sort_by, FL_BYTYPE, 0},
+    {"/sb", sort_by, FL_BYSIZE, 0},
+    {"/sd", sort_by, FL_BYTIME, 0},
+    {"/snr", sort_by, FL_BYNAME | FL_REVERSED, 0},
+    {"/str", sort_by, FL_BYTYPE | FL_REVERSED, 0},
+    {"/sbr", sort_by, FL_BYSIZE | FL_REVERSED, 0},
+    {"/sdr", sort_by, FL_BYTIME | FL_REVERSED, 0},
 };
 
 // A `.flist` macro of that name, given the rest and the entry's path.
@@ -165,7 +168,7 @@ int fl_line_command(size_t i, const std::string &typed)
             continue;
         if ((b.when & XEDIT) && modes.command_ispf)
             continue;
-        ctx c{lv, i, rest};
+        ctx c{lv, i, rest, b.arg};
         result = b.run(c);
         watch.report();
         return result;

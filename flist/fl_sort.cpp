@@ -5,27 +5,41 @@
 #include "fields/fields.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
 // Blank-padded comparison: "ab" sorts as "ab " would against "ab-c".
 int padded(std::string_view a, std::string_view b)
 {
-    size_t n = std::max(a.size(), b.size());
-    for (size_t i = 0; i < n; i++) {
-        unsigned char x = i < a.size() ? (unsigned char)a[i] : ' ';
-        unsigned char y = i < b.size() ? (unsigned char)b[i] : ' ';
-        if (x != y)
-            return x < y ? -1 : 1;
-    }
+    size_t m = std::min(a.size(), b.size());
+    if (int c = m ? std::memcmp(a.data(), b.data(), m) : 0)
+        return c < 0 ? -1 : 1;
+    // The longer one goes on against blanks.
+    std::string_view rest = a.size() > m ? a.substr(m) : b.substr(m);
+    int sign = a.size() > m ? 1 : -1;
+    for (unsigned char x : rest)
+        if (x != ' ')
+            return x > ' ' ? sign : -sign;
     return 0;
 }
 
 struct sortkey {
     bool parent;          // `..`: before every other entry
     int64_t value;        // size or time
+    uint64_t head;        // the first eight bytes of the first text compared
     std::string_view stem, ext;
 };
+
+// Eight bytes of a blank-padded text as one number that orders as they do:
+// most names differ there, and one compare of numbers settles them.
+uint64_t head_of(std::string_view t)
+{
+    uint64_t h = 0;
+    for (size_t i = 0; i < 8; i++)
+        h = h << 8 | (i < t.size() ? (unsigned char)t[i] : ' ');
+    return h;
+}
 
 struct comparer {
     int key;              // sort code without the reversal
@@ -35,6 +49,8 @@ struct comparer {
     {
         if (key == FL_BYSIZE || key == FL_BYTIME)
             return a.value < b.value ? -1 : a.value > b.value;
+        if (a.head != b.head)
+            return a.head < b.head ? -1 : 1;
         int first = key == FL_BYNAME ? padded(a.stem, b.stem) : padded(a.ext, b.ext);
         return first ? first : key == FL_BYNAME ? padded(a.ext, b.ext) : padded(a.stem, b.stem);
     }
@@ -55,7 +71,7 @@ struct comparer {
 
 sortkey key_of(const fl_list &l, size_t i, int key)
 {
-    sortkey k{fl_is_parent(l, i), 0, {}, {}};
+    sortkey k{fl_is_parent(l, i), 0, 0, {}, {}};
     const fl_status &s = l.st[i];
     // Directories show no size, and sort as empty.
     int64_t size = fl_is_dir(s) ? 0 : s.size;
@@ -63,6 +79,7 @@ sortkey key_of(const fl_list &l, size_t i, int key)
     std::string_view whole(l.name[i]);
     size_t slash = whole.rfind('/');
     fl_split(slash == std::string_view::npos ? whole : whole.substr(slash + 1), k.stem, k.ext);
+    k.head = head_of(key == FL_BYTYPE ? k.ext : k.stem);
     return k;
 }
 
