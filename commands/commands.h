@@ -114,6 +114,8 @@ void xfmsg(int number, int level);
 void xfmsgs(std::string_view text, int level);
 const char *xfmsg_text(int number);          // "" for an empty slot
 extern std::string last_message;             // copy of the last message shown
+// When set, messages are appended here (lines apart) instead of being shown.
+extern std::string *xfmsg_capture;
 
 // A question put to the user who typed the command: the message line says
 // "..... <key> <what>" and the answer is yes when the same key comes again.

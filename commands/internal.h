@@ -22,6 +22,17 @@ extern int debug_cmds;                   // SYSCMD ON: service words, traces
 extern std::string lastlorc;             // the last locate text
 
 std::string xffold(std::string_view s);
+
+// A file name cut as $ expansion and EXTRACT name its parts.
+struct xfname_parts {
+    std::string lfn, fn, fd, ft; // name up to the extension, base, folder, extension
+};
+xfname_parts xfsplit_name(const std::string &name);
+
+// A setting's report as its query gives it, without the "..... Is " in
+// front: what the listing of every setting and EXTRACT read. The handler runs
+// with no operand and shows nothing; cmd_rc is kept.
+std::string xfquery_text(const cmd_entry *e);
 void xfmacro_stack_remove(size_t index);
 void xfline_number(std::string_view line, int ctx1, int ctx2);
 void xflocate_line(std::string_view line, int ctx1, int ctx2);

@@ -3,10 +3,16 @@
 // environment, their return code becoming RC.
 #include "commands/commands.h"
 #include "commands/internal.h"
+#include "commands/xfsettings.h"
 #include "rexx/run.h"
 #include "session/xed.h"
 
+#include <vector>
+
 namespace {
+
+// For each macro running, whether the ring had files when it began.
+std::vector<bool> began_with_files;
 
 int vorta_env(const char *cmd, size_t len, void *, bool *)
 {
@@ -15,14 +21,31 @@ int vorta_env(const char *cmd, size_t len, void *, bool *)
     int rc;
     if (rx_local_command(cmd, len, rc))
         return rc;
-    xfcmdline_given(std::string_view(cmd, len));
+    // A macro that quit the last file has nothing left to work on: the
+    // editor is on its way out, and whatever it still sends gets -1.
+    if (!began_with_files.empty() && began_with_files.back() && nbfiles() == 0)
+        return -1;
+    // EXTRACT reads the state straight into the macro's variables: no
+    // dispatch, no message, nothing queued.
+    std::string_view text(cmd, len);
+    std::string_view rest = text;
+    std::string word = xffold(xfword(rest));
+    if (word.size() >= 3 && word.size() <= 7 && std::string_view("extract").substr(0, word.size()) == word)
+        return xfextract(rest);
+    size_t delim = word.find_first_not_of("abcdefghijklmnopqrstuvwxyz");
+    if (delim >= 3 && delim != std::string::npos && std::string_view("extract").substr(0, delim) == word.substr(0, delim))
+        return xfextract(text.substr(text.find_first_not_of(' ') + delim));
+    xfcmdline_given(text);
     return cmd_rc;
 }
 
 int run_macro(const std::string &path, std::string_view rest)
 {
     std::string command = path + std::string(rest);
-    return run_rx(command, nullptr, -1, xhome);
+    began_with_files.push_back(nbfiles() > 0);
+    int rc = run_rx(command, nullptr, -1, xhome);
+    began_with_files.pop_back();
+    return rc;
 }
 
 } // namespace

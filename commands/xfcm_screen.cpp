@@ -239,9 +239,10 @@ int xfcm_curline(const xfcmd &c)
         xfmsgs("..... Is " + std::to_string(xv->curline_row), 0);
         return 1;
     }
+    // 0 is the middle too, as the report gives it.
     if (a == "m")
         xv->curline_row = 0;
-    else if (xfnumber(a, n) && n >= 1)
+    else if (xfnumber(a, n) && n >= 0)
         xv->curline_row = (int)n;
     else {
         xfmsg(16, 1);

@@ -5,8 +5,10 @@
 #include "commands/internal.h"
 #include "session/xed.h"
 #include "session/xfkeys.h"
+#include "session/xflistpage.h"
 #include "session/xfpage.h"
 
+#include <algorithm>
 #include <cstring>
 
 int arbchar_on = 0;
@@ -56,6 +58,8 @@ xfcm_fn set_handler(const cmd_entry *e)
     return e->fn;
 }
 
+int set_listing();
+
 } // namespace
 
 int xfcm_set(const xfcmd &c)
@@ -63,7 +67,7 @@ int xfcm_set(const xfcmd &c)
     xftrace("Commande xfcm_set");
     std::string_view rest = c.ops();
     if (rest.empty() || rest.front() == '?')
-        return xfcm_notimpl(c); // the listing of every setting comes with SET's own family
+        return set_listing();
     auto &rows = set_table();
     size_t count = rows.size() - (modes.notimp ? 0 : (size_t)NOTIMP_COUNT);
     // "=" abuts its text: "set =text" names it too.
@@ -316,3 +320,111 @@ bad:
     cmd_rc = 1;
     return 1;
 }
+
+// ---------------------------------------------------------------------------
+// The listing of every setting: SET commands that, run as a profile, give the
+// same settings again. Keys first, then each setting by name, the MODE
+// switches among them in the place of MODE.
+
+namespace {
+
+// Settings the listing leaves out: the keys (listed first), the tables of
+// their own listings, and commands whose operand is an action on the file.
+constexpr const char *unlisted[] = {
+    "=", "KEYboard", "STAck", "SYNTax", "SYNonym", "Point", "RESERved", "SCReen", "PENDing",
+    "COLor", "FD", "FName", "FType", "ALT", "SELect", "PREFIX_Screen", "PREfix",
+};
+
+bool is_unlisted(const char *name)
+{
+    for (const char *u : unlisted)
+        if (!std::strcmp(u, name))
+            return true;
+    return false;
+}
+
+std::string upper(std::string s)
+{
+    for (auto &ch : s)
+        ch = (char)std::toupper((unsigned char)ch);
+    return s;
+}
+
+// A mode switch as the MODE command sets it.
+std::string mode_line(const mode_row &r)
+{
+    std::string v;
+    if (!std::strcmp(r.name, "expand"))
+        v = std::string(modes.expand_on ? "ON" : "OFF") + (modes.expand_env ? " ENV" : " NOENV");
+    else if (!std::strcmp(r.name, "cursor"))
+        v = modes.cursor ? std::to_string(modes.cursor) : "WRAP";
+    else
+        v = upper(r.v[get_mode(r) == r.v[0].value ? 0 : 1].word);
+    return "MODE " + upper(r.name) + " " + v;
+}
+
+std::vector<std::string> listing()
+{
+    std::vector<std::string> out = xfkeys_list();
+    std::vector<std::string> lines;
+    for (const cmd_entry *e : set_table()) {
+        xfcm_fn fn = set_handler(e);
+        if (!fn || fn == xfcm_notimpl || is_unlisted(e->name))
+            continue;
+        std::string got;
+        int rc = cmd_rc;
+        std::string *was = xfmsg_capture;
+        xfmsg_capture = &got;
+        cmd_rc = 0;
+        xfcall(e, fn, e->name, 0, 0);
+        xfmsg_capture = was;
+        bool failed = cmd_rc != 0 || got.empty() || got.find('\n') != std::string::npos;
+        cmd_rc = rc;
+        if (failed)
+            continue;
+        // The report's head goes; what is left is the operand that sets it.
+        std::string name = upper(e->name);
+        for (const std::string &head : {std::string("..... Is "), std::string("..... is "),
+                                        std::string("...... is "), name + " "})
+            if (got.compare(0, head.size(), head) == 0) {
+                got.erase(0, head.size());
+                break;
+            }
+        if (got.rfind(".....", 0) == 0 || xftrim(got).empty())
+            continue; // a report that is no value
+        lines.push_back("SET " + name + " " + got);
+    }
+    for (const mode_row &r : mode_rows)
+        lines.push_back(mode_line(r));
+    std::sort(lines.begin(), lines.end(), [](const std::string &a, const std::string &b) {
+        auto key = [](const std::string &s) { return s.rfind("SET ", 0) == 0 ? s.substr(4) : s; };
+        return key(a) < key(b);
+    });
+    out.insert(out.end(), lines.begin(), lines.end());
+    return out;
+}
+
+// The listing goes into a new file of the ring, "settings.vorta" in the
+// current folder, a macro ready to be saved as a profile.
+int set_listing()
+{
+    std::vector<std::string> lines = listing();
+    std::string name = startdir + "/settings.vorta";
+    for (int i = 0; i < nbfiles(); i++)
+        if (files[(size_t)i]->fname == name) {
+            xfmsg(50, 1);
+            cmd_rc = 1;
+            return 1;
+        }
+    if (xfedit(name) != 0)
+        return 1;
+    if (nbli() > 0)
+        xfdel(0, nbli(), "xfcm_set");
+    xf_do('i', "/* The settings of the session: run as a profile to get them again. */", -1, "xfcm_set");
+    for (const std::string &l : lines)
+        xf_do('i', xflist_quoted(l), nbli() - 1, "xfcm_set");
+    curline() = topline;
+    return 1;
+}
+
+} // namespace

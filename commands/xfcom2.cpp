@@ -344,15 +344,9 @@ int xfcall(const cmd_entry *e, xfcm_fn fn, std::string_view text, int ctx1, int 
 // ---------------------------------------------------------------------------
 // $ expansion.
 
-namespace {
-
-struct name_parts {
-    std::string lfn, fn, fd, ft; // name up to the extension, base, folder, extension
-};
-
-name_parts split_name(const std::string &name)
+xfname_parts xfsplit_name(const std::string &name)
 {
-    name_parts p;
+    xfname_parts p;
     size_t d = name.rfind('/');
     size_t from = d == std::string::npos ? 0 : d;
     size_t e = name.rfind('.');
@@ -365,8 +359,6 @@ name_parts split_name(const std::string &name)
     return p;
 }
 
-} // namespace
-
 std::string xfexpand(std::string_view line)
 {
     if (!modes.expand_on || line.find('$') == std::string_view::npos)
@@ -376,7 +368,7 @@ std::string xfexpand(std::string_view line)
     words.push_back({"$xhome", xhome});
     words.push_back({"$arch", "lnx"});
     if (xf) {
-        name_parts p = split_name(xf->fname);
+        xfname_parts p = xfsplit_name(xf->fname);
         words.push_back({"$name", xf->fname});
         words.push_back({"$lfn", p.lfn});
         words.push_back({"$fn", p.fn});

@@ -7,6 +7,7 @@
 #include <cstdio>
 
 std::string last_message;
+std::string *xfmsg_capture = nullptr;
 
 namespace {
 
@@ -242,6 +243,12 @@ void fill()
 
 void show(std::string_view text, int level, bool pending)
 {
+    if (xfmsg_capture) { // a setting's report read by the listing or EXTRACT
+        if (!xfmsg_capture->empty())
+            xfmsg_capture->push_back('\n');
+        xfmsg_capture->append(text);
+        return;
+    }
     if (!xv) {
         std::fprintf(stderr, "vorta: %.*s\n", (int)text.size(), text.data());
         return;

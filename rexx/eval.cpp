@@ -4,6 +4,7 @@
 // Simple variables are found through a small direct-mapped cache keyed by
 // the token, so that `i = i + 1` in a loop costs no hash probe. Entries never
 // move while their frame lives; the cache is flushed whenever a frame goes.
+#include <cctype>
 #include <cstring>
 
 #include "rexx/exec_int.h"
@@ -329,6 +330,19 @@ void rx_set_name(std::string_view name, value&& v)
   size_t sl = dot == std::string_view::npos ? 0 : dot;
   vars_set(rx_st->lv.frame, name.data(), name.size(), sl, std::move(v));
 }
+
+void rx_host_set(std::string_view name, std::string_view val)
+{
+  if (!rx_st) return;
+  bool lower = rx_st->prog->opts.symcase == CASE_LOWER;
+  size_t dot = name.find('.');
+  std::string n(name);
+  for (size_t i = 0; i < n.size() && i < dot; i++)
+    n[i] = (char)(lower ? std::tolower((unsigned char)n[i]) : std::toupper((unsigned char)n[i]));
+  rx_set_name(n, value(val.data(), val.size()));
+}
+
+std::string rx_source_name() { return rx_st && rx_st->main_src ? rx_st->main_src->file_name : std::string(); }
 
 void rx_eval(const rx_tok* t, value& out)
 {

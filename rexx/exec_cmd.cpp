@@ -23,10 +23,16 @@ struct envrow {
   void* ctx;          // context word handed to the handler
 };
 
-int run_process(const std::string& cmd)
+int run_process(std::string cmd)
 {
   std::fflush(stdout);
   std::fflush(stderr);
+  // A command ending in '&' runs in the background: the shell starts it and
+  // returns at once, so RC is 0 and nothing waits for it. Its output goes
+  // nowhere: it would land on the editor's page at any moment.
+  size_t end = cmd.find_last_not_of(" \t");
+  bool background = end != std::string::npos && cmd[end] == '&' && (end == 0 || cmd[end - 1] != '&');
+  if (background) cmd = "(" + cmd.substr(0, end) + ") >/dev/null 2>&1 </dev/null &";
   const char* argv[] = {"/bin/sh", "-c", cmd.c_str(), nullptr};
   pid_t pid;
   int e = posix_spawn(&pid, "/bin/sh", nullptr, nullptr, const_cast<char**>(argv), environ);

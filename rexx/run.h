@@ -59,6 +59,14 @@ int rx_run_main(rx_prog& prog, const rx_src& src, const std::string& arg, bool h
 // Whether a run is active (a call of run_rx from a host command nests).
 bool rx_running();
 
+// Sets a variable of the innermost run's current routine, as a host command
+// does that hands values to the macro (EXTRACT): a compound name's stem is
+// folded the way the program folds its symbols, its tail is kept. Nothing
+// happens outside a run.
+void rx_host_set(std::string_view name, std::string_view val);
+// The program file the innermost run executes, "" outside a run.
+std::string rx_source_name();
+
 // The editor's event poll, called every 20 clauses; null for none.
 extern void (*rx_poll_hook)();
 

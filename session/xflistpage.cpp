@@ -82,6 +82,8 @@ int xflist_write(const std::string &path, const char *comment,
     return ok ? 0 : 1;
 }
 
+std::string xflist_quoted(const std::string &line) { return quoted(line); }
+
 int xflist_show(const std::vector<std::string> &lines, uint32_t page, int (*make)())
 {
     list_page p{lines, page};

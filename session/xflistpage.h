@@ -11,6 +11,9 @@
 int xflist_write(const std::string &path, const char *comment,
                  const std::vector<std::string> &lines);
 
+// The line as a REXX string, its quotes doubled: a command of such a macro.
+std::string xflist_quoted(const std::string &line);
+
 // Shows `lines` (screen) and reads keys until F1 or Ctrl+C: F7 and F8
 // scroll, Shift-F11 and Shift-F12 go to the ends, F2 calls `make` (a
 // failure rings the bell). Returns 1 when the window was resized meanwhile
