@@ -332,7 +332,7 @@ namespace {
 // their own listings, and commands whose operand is an action on the file.
 constexpr const char *unlisted[] = {
     "=", "KEYboard", "STAck", "SYNTax", "SYNonym", "Point", "RESERved", "SCReen", "PENDing",
-    "COLor", "FD", "FName", "FType", "ALT", "SELect", "PREFIX_Screen", "PREfix",
+    "COLor", "FD", "FName", "FType", "ALT", "SELect", "PREFIX_Screen", "PREfix", "SCKeys",
 };
 
 bool is_unlisted(const char *name)
@@ -385,7 +385,7 @@ std::vector<std::string> listing()
         // The report's head goes; what is left is the operand that sets it.
         std::string name = upper(e->name);
         for (const std::string &head : {std::string("..... Is "), std::string("..... is "),
-                                        std::string("...... is "), name + " "})
+                                        std::string("...... is "), name + " ", std::string("..... ")})
             if (got.compare(0, head.size(), head) == 0) {
                 got.erase(0, head.size());
                 break;

@@ -99,6 +99,11 @@ std::string xfquery_text(const cmd_entry *e)
     xfcall(e, e->fn, e->name, 0, 0);
     xfmsg_capture = was;
     cmd_rc = rc;
+    // The report's head, or the setting's own name where the report starts
+    // with it ("FORMAT JUSTIFY ...").
+    std::string own = xffold(e->name) + " ";
+    if (xffold(got.substr(0, own.size())) == own)
+        return got.substr(own.size());
     for (const char *head : {"..... Is ", "..... is ", "...... is ", "..... "})
         if (got.compare(0, std::strlen(head), head) == 0)
             return got.substr(std::strlen(head));
