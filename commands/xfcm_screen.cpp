@@ -4,6 +4,7 @@
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
+#include "commands/xfsettings.h"
 #include "session/xed.h"
 #include "session/xfpage.h"
 #include "fields/fields.h"
@@ -315,20 +316,13 @@ int xfcm_autoindent(const xfcmd &c)
     return 1;
 }
 
-namespace {
-
-// SCALe and TABLine: [ON|OFF] [row], the row counted in the file area.
-int row_setting(const xfcmd &c, int32_t xfviewfile::*field)
+// SCALe and TABLine, and their _Screen defaults: [ON|OFF] [row], the row
+// counted in the file area, negative while OFF, 0 never set (`defrow` then).
+int xfrow_setting(const xfcmd &c, int32_t &v, int32_t defrow)
 {
-    if (!xf) {
-        xfmsg(136, 1);
-        cmd_rc = 1;
-        return 1;
-    }
-    int32_t &v = xv->perfile[(size_t)xfidx].*field;
     std::string_view rest = c.ops();
     std::string a = xffold(xfword(rest)), b = xffold(xfword(rest));
-    int32_t row = v ? std::abs(v) : std::max(1, xv->curline_row ? xv->curline_row - 1 : 1);
+    int32_t row = v ? std::abs(v) : defrow;
     if (a.empty()) {
         xfmsgs((v > 0 ? "..... Is ON " : "..... Is OFF ") + std::to_string(row), 0);
         return 1;
@@ -350,6 +344,19 @@ int row_setting(const xfcmd &c, int32_t xfviewfile::*field)
     }
     v = on ? row : -row;
     return 1;
+}
+
+namespace {
+
+int row_setting(const xfcmd &c, int32_t xfviewfile::*field)
+{
+    if (!xf) {
+        xfmsg(136, 1);
+        cmd_rc = 1;
+        return 1;
+    }
+    return xfrow_setting(c, xv->perfile[(size_t)xfidx].*field,
+                         std::max(1, xv->curline_row ? xv->curline_row - 1 : 1));
 }
 
 } // namespace

@@ -469,46 +469,16 @@ int xfcm_number_screen(const xfcmd &c)
 }
 
 // SCALE_Screen and TABLINE_Screen [ON|OFF] [row]: the defaults files take.
-namespace {
-
-int row_default(const xfcmd &c, int32_t xfviewfile::*field)
-{
-    int32_t &v = xv->screen.*field;
-    std::string_view ops = c.ops();
-    std::string_view a = xfword(ops), b = xfword(ops);
-    int32_t row = v ? std::abs(v) : 1;
-    if (a.empty())
-        return xfreport((v > 0 ? "ON " : "OFF ") + std::to_string(row));
-    int on = v > 0;
-    long n;
-    if (xfnumber(a, n)) {
-        if (!xfop_number(a, 1, 999, n))
-            return 1;
-        row = (int32_t)n, on = 1;
-    } else if (!xfop_onoff(a, on)) {
-        return 1;
-    }
-    if (!b.empty()) {
-        if (!xfop_number(b, 1, 999, n))
-            return 1;
-        row = (int32_t)n;
-    }
-    v = on ? row : -row;
-    return 1;
-}
-
-} // namespace
-
 int xfcm_scale_screen(const xfcmd &c)
 {
     xftrace("Commande xfcm_scale_screen");
-    return row_default(c, &xfviewfile::scale);
+    return xfrow_setting(c, xv->screen.scale, 1);
 }
 
 int xfcm_tabline_screen(const xfcmd &c)
 {
     xftrace("Commande xfcm_tabline_screen");
-    return row_default(c, &xfviewfile::tabline);
+    return xfrow_setting(c, xv->screen.tabline, 1);
 }
 
 // SELect [+|-]n [*|target]: the selection level of the current line, the

@@ -5,6 +5,7 @@
 
 #include "commands/commands.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,8 @@ bool xfop_star(std::string_view w, long lo, long hi, long &out);   // the same, 
 bool xfop_pair(std::string_view ops, long &a, long &b);
 // The index of a word in a list of "word/min" entries (min letters needed).
 bool xfop_word(std::string_view w, const char *const *words, int n, int &out);
+// SCALe-like rows: [ON|OFF] [row] on a row word, `defrow` when never set.
+int xfrow_setting(const xfcmd &c, int32_t &v, int32_t defrow);
 // The report of a value: "..... Is " + text.
 int xfreport(const std::string &text);
 
