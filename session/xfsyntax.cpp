@@ -75,16 +75,29 @@ void by_column(const char *text, int32_t len, const uint8_t *bytes, int32_t col0
 
 } // namespace
 
+namespace {
+
+// The colour bytes of line li of the current file and its block, or null
+// when the file is not coloured. The bytes stay until the next call.
+const syn_block *line_bytes(int32_t li, const std::vector<uint8_t> *&out)
+{
+    static std::vector<uint8_t> bytes;
+    const syn_block *b = block();
+    if (!b || !xf->syn.colours(*b, file_lines(), li, bytes))
+        return nullptr;
+    out = &bytes;
+    return b;
+}
+
+} // namespace
+
 bool xfsyn_colours(int32_t li, int32_t col0, int width, std::vector<int8_t> &out)
 {
-    const syn_block *b = block();
-    if (!b)
-        return false;
-    static std::vector<uint8_t> bytes;
-    if (!xf->syn.colours(*b, file_lines(), li, bytes))
+    const std::vector<uint8_t> *bytes;
+    if (!line_bytes(li, bytes))
         return false;
     const xfline &l = xf->lines[li];
-    by_column(l.text, l.len, bytes.data(), col0, width, out);
+    by_column(l.text, l.len, bytes->data(), col0, width, out);
     return true;
 }
 
@@ -113,15 +126,13 @@ int xfsyn_typed(const char *, int, intptr_t view, int row, int, int)
 
 bool xfsyn_inert(int32_t li, std::vector<uint8_t> &mask)
 {
-    const syn_block *b = block();
+    const std::vector<uint8_t> *bytes;
+    const syn_block *b = line_bytes(li, bytes);
     if (!b)
         return false;
-    static std::vector<uint8_t> bytes;
-    if (!xf->syn.colours(*b, file_lines(), li, bytes))
-        return false;
-    mask.assign(bytes.size(), 0);
-    for (size_t k = 0; k < bytes.size(); k++) {
-        int c = bytes[k];
+    mask.assign(bytes->size(), 0);
+    for (size_t k = 0; k < bytes->size(); k++) {
+        int c = (*bytes)[k];
         mask[k] = c != SYN_NONE && ((b->comment_colour && c == b->comment_colour) ||
                                     (b->string_colour && c == b->string_colour));
     }
