@@ -194,7 +194,7 @@ int bu_sort(bu_frame& f, value& r) {
   if (bu_has(f, 1) && !parse_columns(bu_text(f, 1), keys))
     return bu_fail(f, 1, "Invalid columns \"" + std::string(bu_text(f, 1)) + "\" SORT() parameters.");
   if (keys.empty()) keys.push_back({'a', false, 1, 0});
-  long long first = 1, last;
+  long long first = 1, last = 0;  // last comes from argument 4 or the stem's count
   for (int i = 2; i < 4; i++) {
     if (!bu_has(f, i)) continue;
     long long n;
@@ -325,6 +325,12 @@ namespace {
 struct slot {
   regex_t re;
   bool used = false;
+  slot() = default;
+  slot(const slot&) = delete;
+  slot& operator=(const slot&) = delete;
+  ~slot() {
+    if (used) regfree(&re);
+  }
 };
 
 std::vector<std::unique_ptr<slot>>& slots() {
