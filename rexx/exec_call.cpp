@@ -2,6 +2,7 @@
 // their level records, the level runner that resumes at SIGNAL targets,
 // RETURN and EXIT, SIGNAL and CALL ON conditions, and INTERPRET.
 #include <cstdio>
+#include <sys/resource.h>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -25,16 +26,33 @@ void set_sigl()
   set_special("SIGL", "sigl", rx_st->sigl);
 }
 
-// Keeps the machine stack safe whatever the counters allow.
+// Keeps the machine stack safe whatever the counters allow: three quarters
+// of the process's stack limit, and never more than 6 MB.
 char* stack_base = nullptr;
-constexpr size_t STACK_BUDGET = 6u << 20;
 
-void check_stack()
+size_t stack_budget()
+{
+  static size_t budget = [] {
+    size_t b = 6u << 20;
+    struct rlimit rl;
+    if (getrlimit(RLIMIT_STACK, &rl) == 0 && rl.rlim_cur != RLIM_INFINITY && rl.rlim_cur / 4 * 3 < b)
+      b = (size_t)(rl.rlim_cur / 4 * 3);
+    return b;
+  }();
+  return budget;
+}
+
+bool stack_low()
 {
   char here;
   if (!stack_base) stack_base = &here;
   size_t used = stack_base > &here ? (size_t)(stack_base - &here) : 0;
-  if (used > STACK_BUDGET || rx_st->depth >= RX_MAX_CALL_DEPTH)
+  return used > stack_budget();
+}
+
+void check_stack()
+{
+  if (stack_low() || rx_st->depth >= RX_MAX_CALL_DEPTH)
     rx_raise(5, "routine calls nested too deeply");
 }
 
@@ -478,5 +496,13 @@ void rx_halted()
 }
 
 void rx_stack_mark() { stack_base = nullptr; }
+
+int rx_runs_deep = 0;
+
+void rx_check_stack()
+{
+  if (stack_low() || rx_runs_deep > RX_MAX_RUN_DEPTH)
+    rx_raise(5, "programs nested too deeply");
+}
 
 void rx_calls_flush() { call_gen++; }

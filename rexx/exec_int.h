@@ -111,6 +111,7 @@ struct rx_run_state {
 extern rx_run_state* rx_st;  // the run in progress, null outside any run
 
 constexpr int RX_MAX_CALL_DEPTH = 2000;    // internal routine nesting
+constexpr int RX_MAX_RUN_DEPTH = 250;      // programs started from programs (macros)
 constexpr int RX_MAX_INTERP_DEPTH = 200;   // INTERPRET nesting
 constexpr int RX_MAX_EXPR_DEPTH = 3000;    // expression nesting across calls
 
@@ -198,6 +199,10 @@ int rx_env_find(std::string_view name);
 int rx_env_default();
 // Forgets the machine stack's base so that the outermost run sets it again.
 void rx_stack_mark();
+// Raises error 5 when the machine stack is nearly used up or programs are
+// nested too deeply (a macro that starts itself through the host).
+void rx_check_stack();
+extern int rx_runs_deep;                   // runs in progress, the outermost 1
 std::string rx_env_name(int index);
 
 // ---- PARSE (parse_tmpl.cpp) -------------------------------------------------------------------

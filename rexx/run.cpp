@@ -105,7 +105,13 @@ int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
   rx_cache_flush();
   rx_calls_flush();
   int rc = 0;
+  // Counted before anything can throw, so that every way out counts back.
+  struct run_count {
+    run_count() { rx_runs_deep++; }
+    ~run_count() { rx_runs_deep--; }
+  } counted;
   try {
+    rx_check_stack();
     rx_run_level(prog.block_head);
     rc = result_of(*st, result);
   } catch (const rx_exit_jump&) {
