@@ -173,5 +173,9 @@ void xfapply();
 // Query PENDing's listing (the operands after PENDing); its return code.
 int xfpfx_query(std::string_view rest);
 
+// Text pasted from outside (a terminal's bracketed paste): inserted at the
+// cursor as a stream, the clipboard left as it is. One undo step.
+int xfpaste_text(const std::string &text);
+
 // Lets a test replace the command table's "not implemented" handler lookup.
 int xfcm_notimpl(const xfcmd &c);

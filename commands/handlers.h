@@ -132,6 +132,19 @@ int xfcm_pdfchange(const xfcmd &c);
 int xfcm_rfind(const xfcmd &c);
 int xfcm_pdfrchange(const xfcmd &c);
 int xfcm_match(const xfcmd &c);
+int xfcm_selectall(const xfcmd &c);
+int xfcm_s_set(const xfcmd &c);
+int xfcm_s_copy(const xfcmd &c);
+int xfcm_s_cut(const xfcmd &c);
+int xfcm_s_paste(const xfcmd &c);
+int xfcm_s_upper(const xfcmd &c);
+int xfcm_s_lower(const xfcmd &c);
+int xfcm_s_lshift(const xfcmd &c);
+int xfcm_s_rshift(const xfcmd &c);
+int xfcm_s_find(const xfcmd &c);
+int xfcm_c_find(const xfcmd &c);
+int xfcm_s_xed(const xfcmd &c);
+int xfcm_s_prsh(const xfcmd &c);
 int xfcm_color(const xfcmd &c);
 
 // Selective display.

@@ -199,6 +199,8 @@ int64_t xfshr(int32_t a, int32_t b, int32_t n, bool keep_label);
 int64_t xfshl(int32_t a, int32_t b, int32_t n, bool keep_label);
 // Upper-cases or lower-cases the zone of lines a to b; returns the lines changed.
 int64_t xfcase_lines(int32_t a, int32_t b, bool upper);
+// Folds bytes [from, to) of a text of the current file; whether any changed.
+bool xfcase_text(std::string &t, size_t from, size_t to, bool upper);
 
 // ---------------------------------------------------------------------------
 // Prefix commands: the two vocabularies, the pending tables and the prefix

@@ -254,6 +254,8 @@ bool fold(std::string &t, size_t from, size_t to, bool upper)
 
 } // namespace
 
+bool xfcase_text(std::string &t, size_t from, size_t to, bool upper) { return fold(t, from, to, upper); }
+
 int64_t xfcase_lines(int32_t a, int32_t b, bool upper)
 {
     int64_t changed = 0;

@@ -5,6 +5,7 @@
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
+#include "platform/platform.h"
 #include "commands/xfsettings.h"
 #include "rexx/run.h"
 #include "session/xed.h"
@@ -326,7 +327,15 @@ result x_screen(std::string_view)
         s += " " + num(v->nrows) + " " + num(v->ncols);
     return s;
 }
-result x_selection(std::string_view) { return std::string("8 NONE LINEAR NOPENDING 0 0 0 0 ") + (xf ? xf->fname : ""); }
+result x_selection(std::string_view)
+{
+    int f = xfsel_file();
+    if (f < 0)
+        return std::string("8 NONE LINEAR NOPENDING 0 0 0 0 ") + (xf ? xf->fname : "");
+    return "8 " + num(xfsel.kind) + (xfsel.kind == 3 ? " RECTANGULAR " : " LINEAR ") +
+           (xfsel.pending ? "PENDING " : "NOPENDING ") + num(xfsel.l1) + " " + num(xfsel.c1) + " " +
+           num(xfsel.l2) + " " + num(xfsel.c2) + " " + files[(size_t)f]->fname;
+}
 result x_sep(std::string_view) { return "2 " + onoff(linend_on) + " " + std::string(1, linend_char); }
 result x_span(std::string_view)
 {
@@ -575,8 +584,9 @@ int l_lastfiles(const std::string &stem, std::string_view)
 }
 int l_clipboard(const std::string &stem, std::string_view)
 {
-    // No clipboard is kept in the editor yet: an empty one.
-    set_list(stem, {});
+    // What a paste would insert, read from our own copy only: asking the
+    // system's from a macro would block on another program.
+    set_list(stem, pl_clip_own().lines);
     return 0;
 }
 int l_reclevel(const std::string &stem, std::string_view)

@@ -7,6 +7,7 @@
 #include "session/xed.h"
 
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -57,7 +58,14 @@ int xfcm_match(const xfcmd &c)
         cmd_rc = 5;
         return 1;
     }
+    bool sel = !abbrev(w, "cursor", 1);
     xfcursor cur = xfcursor_now();
+    // A one-character selection in this file stands for the cursor.
+    if (sel && xfsel.fileid == xf->fileid && xfsel.l1 == xfsel.l2 && xfsel.c1 == xfsel.c2) {
+        cur.fld = 0;
+        cur.li = xfsel.l1 - 1;
+        cur.col = xfsel.c1 - 1;
+    }
     if (cur.fld != 0 || cur.li < 0 || cur.li >= nbli() || !xfinscope(cur.li)) {
         xfmsg(6, 1);
         cmd_rc = 1;
@@ -79,10 +87,27 @@ int xfcm_match(const xfcmd &c)
         cmd_rc = 1;
         return 1;
     }
-    // The selection of the stretch waits for selections in files; meanwhile
-    // both forms take the cursor to the partner.
     const xfline &pl = xf->lines[pli];
-    xfcursor_file(pli, xfcol_at(pl.text, pl.len, poff, xf->utf8));
+    int32_t pcol = xfcol_at(pl.text, pl.len, poff, xf->utf8);
+    xfcursor_file(pli, pcol);
+    if (sel) {
+        // The stretch from one bracket to the other, in text order.
+        int32_t al = cur.li, ac = xfcol_at(l.text, l.len, off, xf->utf8), bl = pli, bc = pcol;
+        if (bl < al || (bl == al && bc < ac)) {
+            std::swap(al, bl);
+            std::swap(ac, bc);
+        }
+        xfsel = xfselection();
+        xfsel.fileid = xf->fileid;
+        xfsel.l1 = al + 1;
+        xfsel.c1 = ac + 1;
+        xfsel.l2 = bl + 1;
+        xfsel.c2 = bc + 1;
+        xfsel.kind = 2;
+        xfsel.width = xv->ncols;
+    } else if (xfsel.fileid == xf->fileid) {
+        xfsel_clear();
+    }
     bool shown = false;
     for (auto &r : xv->rows)
         shown = shown || r.li == pli;

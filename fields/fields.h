@@ -103,6 +103,9 @@ struct fs_event {
 };
 
 enum : uint16_t { FSM_SHIFT = 14, FSM_CTRL = 48, FSM_ALT = 64 };
+// The tool-bar event value by which a layer says that a paste of many lines
+// waits (pl_paste_take): no button has it.
+constexpr int FS_PASTE_ID = 30000;
 enum : uint16_t { FS_SRC_NONE = 31744, FS_SRC_SELF = 31743 };
 
 enum : uint16_t {

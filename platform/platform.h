@@ -54,3 +54,42 @@ std::string pl_trash_dir();
 // could not be moved; minus an errno value when the Trash itself failed (its
 // folders could not be made, or the info file written).
 int pl_trash(const std::string &abs);
+
+// ---- the clipboard --------------------------------------------------------------
+
+#include <vector>
+
+// What the clipboard holds: lines of text, and whether they are a rectangle
+// of columns rather than a stretch of a stream.
+struct pl_clip {
+    std::vector<std::string> lines;
+    bool rect = false;
+};
+
+// The editor's own clipboard always lives in the process, so that copy and
+// paste work with no window and no terminal help. A screen layer that can
+// reach a system clipboard installs the hooks: `put` is told of every copy
+// (a terminal sends it on; a window takes ownership), `get` is asked first on
+// a paste and answers 1 with text, 0 when the system holds nothing newer than
+// ours, -1 when the system clipboard cannot be opened.
+struct pl_clip_hooks {
+    void (*put)(const pl_clip &c) = nullptr;
+    int (*get)(pl_clip &c) = nullptr;
+};
+extern pl_clip_hooks pl_clip_system;
+
+void pl_clip_set(const pl_clip &c); // ours now, and the system's when hooked
+// The text to paste: 1 with text, 0 empty, -1 the system clipboard failed.
+int pl_clip_get(pl_clip &out);
+// Our own copy only, never asking the system (EXTRACT reads it).
+const pl_clip &pl_clip_own();
+// Lines joined by CR LF, as a system clipboard carries text, and back.
+std::string pl_clip_join(const pl_clip &c);
+pl_clip pl_clip_split(const std::string &text, bool rect);
+// Standard base 64, as terminal clipboard sequences carry text.
+std::string pl_base64(const std::string &bytes);
+
+// Text pasted into a terminal, waiting for the editor to take it: the layer
+// that received it puts it here, the read cycle takes it once.
+void pl_paste_put(const std::string &text);
+bool pl_paste_take(std::string &out);

@@ -462,3 +462,25 @@ int xfrestart();                   // write restart.x and start anew
 // Undo and redo: one group each; false when there was nothing to do.
 bool xf_undo();
 bool xf_redo();
+
+// ---------------------------------------------------------------------------
+// The one selection of the session: a stretch of one file, a stream from a
+// first to a last character or a rectangle of columns. Lines and columns
+// count from 1; a last column of -1 reaches each line's end. The file is
+// held by its session number, so that a file closed or moved in the ring
+// never leaves the record pointing at another one.
+struct xfselection {
+    int32_t fileid = -1;     // the file's session number, -1 none
+    int32_t l1 = 0, c1 = 0;  // first line and column
+    int32_t l2 = 0, c2 = 0;  // last line and column (-1: the line's end)
+    int32_t kind = 2;        // 2 stream, 3 rectangle
+    int32_t width = 0;       // the screen's width when it was made
+    bool pending = false;    // PENDING: still being extended by the mouse
+};
+extern xfselection xfsel;
+// The index in the ring of the selection's file, -1 when there is none.
+int xfsel_file();
+// Whether column col (from 0) of line li (from 0) of the selection's file
+// is selected.
+bool xfsel_has(int32_t li, int32_t col);
+void xfsel_clear();

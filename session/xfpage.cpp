@@ -65,6 +65,7 @@ struct page_builder {
     std::vector<page_text> texts;          // what the fields hold
     std::vector<std::pair<int, std::vector<int8_t>>> colours; // per-cell colours of a field
     std::vector<std::pair<int, fsxfield>> exts;             // extended records of fields
+    std::vector<std::pair<int, std::vector<int32_t>>> hilites; // per-cell hilites (-1 the field's)
     int next = 1;                          // next field id
 
     int add(int row, int col, int width, int type, int col_item, int flags = 0,
@@ -115,6 +116,8 @@ struct page_builder {
             asccol(c.first, (int)c.second.size(), c.second.data());
         for (auto &e : exts)
             asxset(e.first, e.second);
+        for (auto &h : hilites)
+            aschlt(h.first, (int)h.second.size(), h.second.data());
     }
 };
 
@@ -436,6 +439,22 @@ void compose_view(page_builder &pb)
                 x.line = (int32_t)xv->rows.size();
                 x.limit = -1;
                 pb.exts.emplace_back(m.fld, x);
+            }
+            // The selected cells are drawn reversed.
+            if (m.fld && xfsel.fileid == xf->fileid && p.li + 1 >= xfsel.l1 && p.li + 1 <= xfsel.l2) {
+                std::vector<int32_t> hl((size_t)textw, -1);
+                bool any = false;
+                // A stream holds the text only; a rectangle shows its columns
+                // past short lines too, for they are part of what it takes.
+                const xfline &sl = xf->lines[p.li];
+                int32_t upto = xfsel.kind == 3 ? col0 + textw : xfcol_len(sl.text, sl.len, xf->utf8);
+                for (int32_t k = 0; k < textw && col0 + k < upto; k++)
+                    if (xfsel_has(p.li, col0 + k)) {
+                        hl[(size_t)k] = 2;
+                        any = true;
+                    }
+                if (any)
+                    pb.hilites.emplace_back(m.fld, std::move(hl));
             }
         }
         xv->rows.push_back(m);

@@ -4,6 +4,7 @@
 // command the event stands for: a queued command, a key's definition, or
 // the command line.
 #include "session/xed.h"
+#include "platform/platform.h"
 #include "session/xfkeys.h"
 #include "session/xfpage.h"
 #include "commands/commands.h"
@@ -349,7 +350,22 @@ void xfread(int toplevel)
             return;
         case 27: case 29: case 42: case 67: case 673:
             continue;
-        case 31: case 63: case 64: { // a menu item or a tool bar button
+        case 64:
+            if (value == FS_PASTE_ID) {
+                // Lines pasted into the terminal: text at the cursor, never
+                // commands, whatever they say.
+                std::string text;
+                read_cursor();
+                xfack();
+                if (pl_paste_take(text) && xf) {
+                    xfopen_groups();
+                    xfpaste_text(text);
+                }
+                xfdisplay();
+                continue;
+            }
+            [[fallthrough]];
+        case 31: case 63: { // a menu item or a tool bar button
             std::string cmd = xfwin_command(code, value);
             if (cmd.empty())
                 continue;

@@ -266,6 +266,7 @@ void xfsortring(int from, int to)
 
 void xfsession_end()
 {
+    xfsel_clear(); // file numbers start again
     while (!files.empty()) {
         xfsetfile(nbfiles() - 1);
         xfdelfile();

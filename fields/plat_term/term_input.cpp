@@ -5,6 +5,7 @@
 // one knows) is taken apart here, so that no stray sequence is ever typed.
 #define NCURSES_NOMACROS 1
 #include "fields/plat_term/term_int.h"
+#include "platform/platform.h"
 #include <cstdio>
 #include <curses.h>
 
@@ -235,10 +236,88 @@ void tk_xseq(int i, int m, char *buf, int size) {
   snprintf(buf, size_t(size), "\033[%d;%d%c", k.number, m, k.final);
 }
 
+namespace {
+
+bool pasting = false;    // between the start and the end of a bracketed paste
+std::vector<int> pasted; // what came so far, line ends as 10
+
+// Whether units from i spell s.
+bool spells(const std::vector<int> &u, size_t i, const char *s) {
+  for (; *s; s++, i++)
+    if (i >= u.size() || u[i] != (unsigned char)*s) return false;
+  return true;
+}
+
+void utf8(std::string &o, int c) {
+  if (c < 0x80) {
+    o += char(c);
+  } else if (c < 0x800) {
+    o += char(0xC0 | (c >> 6));
+    o += char(0x80 | (c & 63));
+  } else if (c < 0x10000) {
+    o += char(0xE0 | (c >> 12));
+    o += char(0x80 | ((c >> 6) & 63));
+    o += char(0x80 | (c & 63));
+  } else {
+    o += char(0xF0 | (c >> 18));
+    o += char(0x80 | ((c >> 12) & 63));
+    o += char(0x80 | ((c >> 6) & 63));
+    o += char(0x80 | (c & 63));
+  }
+}
+
+// A paste has ended. One line is typed, character by character (a tab as a
+// blank, other controls dropped, so nothing acts as a key); more lines wait
+// for the editor as text, announced by one event.
+void paste_end(std::vector<tk_out> &out) {
+  bool lines = false;
+  for (int c : pasted) lines = lines || c == 10;
+  if (!lines) {
+    for (int c : pasted)
+      if (c == 9) character(out, ' ', 0);
+      else if (c >= 32 && c != 127) character(out, c, 0);
+  } else {
+    std::string text;
+    for (int c : pasted) {
+      if (c == 9 || c == 10 || c >= 32) utf8(text, c == 9 ? ' ' : c);
+    }
+    pl_paste_put(text);
+    // One event, with no release, as a button of a tool bar sends.
+    tk_out o{};
+    o.ev.code = FSK_TOOLBAR;
+    o.ev.source = FS_SRC_NONE;
+    o.ch = FS_PASTE_ID;
+    out.push_back(o);
+  }
+  pasted.clear();
+}
+
+}  // namespace
+
 void tk_decode(const std::vector<int> &u, std::vector<tk_out> &out, int *held) {
   size_t i = 0;
   while (i < u.size()) {
     int c = u[i++];
+    if (pasting) {
+      if (c == 27 && spells(u, i, "[201~")) {
+        i += 5;
+        pasting = false;
+        paste_end(out);
+      } else if (c == 13 || (c == TK_KEY + KEY_ENTER)) {
+        // CR LF is one line end, as is a CR alone.
+        pasted.push_back(10);
+        if (c == 13 && i < u.size() && u[i] == 10) i++;
+      } else if (c < TK_KEY) {
+        pasted.push_back(c);
+      }
+      continue;
+    }
+    if (c == 27 && spells(u, i, "[200~")) {
+      i += 5;
+      pasting = true;
+      pasted.clear();
+      continue;
+    }
     if (c >= TK_KEY) {
       cursesunit(out, c - TK_KEY, 0);
       continue;
@@ -270,3 +349,5 @@ void tk_decode(const std::vector<int> &u, std::vector<tk_out> &out, int *held) {
     }
   }
 }
+
+std::string tk_osc52(const std::string &text) { return "\033]52;c;" + pl_base64(text) + "\a"; }

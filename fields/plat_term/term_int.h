@@ -50,3 +50,9 @@ int tk_nearest8(int red, int green, int blue);
 // bytes that are not UTF-8 shown escaped (^[ , \x9B), so that a file name
 // cannot send the terminal a sequence of its own.
 std::string tk_title_text(const std::string &text);
+
+// The OSC 52 sequence that puts text on the terminal's clipboard (and so,
+// through ssh and tmux, on the desktop's): the text in base 64. A terminal
+// that does not know the sequence ignores it.
+std::string tk_osc52(const std::string &text);
+

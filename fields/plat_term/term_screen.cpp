@@ -30,8 +30,9 @@
 namespace {
 
 // Mouse reports with buttons held and drags, in the SGR encoding, and focus.
-constexpr char MOUSE_ON[] = "\033[?1000h\033[?1002h\033[?1006h\033[?1004h";
-constexpr char MOUSE_OFF[] = "\033[?1004l\033[?1006l\033[?1002l\033[?1000l";
+// Pasted text comes bracketed, so that it is never taken for keys.
+constexpr char MOUSE_ON[] = "\033[?1000h\033[?1002h\033[?1006h\033[?1004h\033[?2004h";
+constexpr char MOUSE_OFF[] = "\033[?2004l\033[?1004l\033[?1006l\033[?1002l\033[?1000l";
 constexpr int ESC_WAIT_MS = 30;   // how long the rest of an escape sequence may take
 constexpr int STATUS_COLOUR = 64; // the status line is in the default text colour
 
@@ -444,6 +445,15 @@ int termplat::wait(int ms) {
 
 termplat *layer = nullptr;  // the one terminal layer of the process
 
+// Every copy also goes to the terminal's clipboard; lines end as on Linux.
+void osc52_put(const pl_clip &c) {
+  if (!in_curses) return;
+  std::string text;
+  for (size_t i = 0; i < c.lines.size(); i++) text += (i ? "\n" : "") + c.lines[i];
+  std::string seq = tk_osc52(text);
+  (void)!write(outfd, seq.data(), seq.size());
+}
+
 void atexit_restore() {
   if (layer) layer->leave();
 }
@@ -587,6 +597,7 @@ fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) {
   (void)!write(outfd, MOUSE_ON, sizeof MOUSE_ON - 1);
   in_curses = 1;
   layer = new termplat(onhangup);
+  pl_clip_system.put = osc52_put;
   atexit(atexit_restore);
   return layer;
 }
