@@ -429,6 +429,10 @@ int xfpaste_text(const std::string &text)
     if (!xf->rw)
         return fail(118, 1);
     pl_clip cb = pl_clip_split(text, false);
+    // Whole lines pasted (the text ends with a line end) stay whole: what
+    // followed the cursor goes on the line after them.
+    if (!text.empty() && text.back() == '\n')
+        cb.lines.emplace_back();
     if ((int64_t)nbli() + (int64_t)cb.lines.size() > xfmax_lines)
         return fail(16, 1);
     xfcursor cur = xfcursor_now();

@@ -39,6 +39,9 @@
 #                         program would change the files behind the editor
 #   file NAME EXPECTED    the work file NAME equals the case file EXPECTED
 #   exists NAME           the work file NAME exists
+#   clipboard TEXT        waits until tmux's newest paste buffer, which the
+#                         OSC 52 sequences of the editor fill, is TEXT (\n
+#                         for a line end)
 #
 # Every wait gives up after a few seconds. Exit 0 passed, 1 failed, 77 when
 # tmux is missing. At the end an editor still running is hung up and seen to
@@ -146,6 +149,8 @@ echo \$rc > .rc
 sleep 60
 EOS
       t new-session -d -s x -x "$cols" -y "$rows" "bash '$work/.run'" || fail "tmux did not start"
+      # Programs in the pane may set the clipboard (OSC 52) for the cases to read.
+      t set -s set-clipboard on
       until_ok '[ -n "$(editor_pid)" ] || [ -f "$work/.rc" ]' || fail "the editor did not start"
       editors+=("$(editor_pid)")
       ;;
@@ -194,6 +199,11 @@ EOS
         fail "$(diff -u "$case_dir/$expected" "$work/$name" 2>&1)"
       ;;
     shell) (cd "$work" && bash -c "$rest") || fail "the command failed" ;;
+    clipboard)
+      want=$(printf '%b' "$rest")
+      until_ok '[ "$(t show-buffer 2>/dev/null)" = "$want" ]' ||
+        fail "clipboard: $(t show-buffer 2>&1 | cat -v)"
+      ;;
     exists) until_ok '[ -e "$work/$rest" ]' || fail "no file $rest in: $(ls -A "$work")" ;;
     *) fail "unknown step" ;;
   esac
