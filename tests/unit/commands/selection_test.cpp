@@ -171,6 +171,45 @@ TEST_F(Selection, ClosingTheFileEndsItsSelection)
     EXPECT_EQ(text(), (lines{"abc"}));
 }
 
+TEST_F(Selection, FindTheSelectedTextWithoutVarblank)
+{
+    file({"a  b x", "a b", "a  b", "end"});
+    xfcmdline("s_find");
+    EXPECT_EQ(lastmsg(), "..... No current selection");
+    varblank_on = 1;
+    xfcmdline("s_set l 1 1 1 4"); // "a  b": two blanks, which VARblank would let match one
+    xfcursor_file(0, 0);
+    xfcmdline("s_find");
+    EXPECT_EQ(cmd_rc, 0);
+    EXPECT_EQ(curline(), 2);
+    EXPECT_EQ(varblank_on, 1); // given back after the search
+    xfcmdline("s_set l 1 1 2 1");
+    xfcmdline("s_find");
+    EXPECT_EQ(lastmsg(), "..... Not for multiple lines selection");
+    varblank_on = 0;
+}
+
+TEST_F(Selection, ClipboardFindAcrossLines)
+{
+    file({"x", "tail one", "two", "three head", "one", "two", "three"});
+    xfcmdline("c_find");
+    EXPECT_EQ(lastmsg(), "no data in clipboard");
+    // The first line ends a line, the middle is whole, the last starts one.
+    xfcmdline("s_copy r one");
+    xfcmdline("s_copy a two");
+    xfcmdline("s_copy a three");
+    xfcmdline("c_find");
+    EXPECT_EQ(cmd_rc, 0);
+    EXPECT_EQ(curline(), 1);
+    xfcmdline("c_find");
+    EXPECT_EQ(curline(), 4);
+    xfcmdline("s_copy r nowhere");
+    xfcmdline("s_copy a at all");
+    xfcmdline("c_find");
+    EXPECT_EQ(lastmsg(), "..... Not found");
+    EXPECT_EQ(curline(), 4);
+}
+
 TEST(Clipboard, JoinSplitAndBase64)
 {
     pl_clip c = pl_clip_split("a\r\nbc\nd\n", true);
