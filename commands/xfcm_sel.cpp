@@ -144,11 +144,9 @@ int copy_or_cut(const xfcmd &c, bool cut)
     if (cut) {
         if (!xf->rw)
             return fail(118, 1);
-        int32_t li = xfsel.l1 - 1, col = xfsel.c1 - 1;
+        // The cursor stays where the command was given.
         sel_remove();
         xfsel_clear();
-        if (li < nbli())
-            xfcursor_file(li, col);
     }
     cmd_rc = 0;
     return 1;
@@ -417,7 +415,6 @@ int xfcm_s_paste(const xfcmd &c)
         insert = batch ? 1 : asqinsert() != 0;
     bool rect = shape < 0 ? cb.rect : shape == 1;
     paste_at(cb, rect, insert != 0, li, col);
-    xfcursor_file(li, col);
     cmd_rc = 0;
     return 1;
 }

@@ -271,10 +271,15 @@ int drag(const fs_event &e) {
       p.cur_col = col;
       skipright();
     }
-    return -1;
+    // The left button that placed the cursor and is now dragged stretches
+    // a selection from there: the caller is told where the mouse is.
+    if (fs.btn_down != 1) return -1;
   }
   fs.drag_x = e.x;
   fs.drag_y = e.y;
+  // The mouse query tells where the drag has got to.
+  p.mouse_line = line;
+  p.mouse_col = col;
   return 24;
 }
 

@@ -97,6 +97,65 @@ where locate_field(int id)
 }
 
 // The cursor as the field manager has it, made the current view's.
+// The file cell of a field's line and column (from 1): false off the lines
+// of the file.
+bool file_cell(int id, int col, int32_t &li, int32_t &c)
+{
+    where w = locate_field(id);
+    if (w.fld != 0 || w.row < 0 || w.view != xvidx || !xf)
+        return false;
+    const xview::rowmap &m = xv->rows[(size_t)w.row];
+    if (m.li < 0 || m.li >= nbli())
+        return false;
+    li = m.li;
+    c = m.col0 + col - 1;
+    return true;
+}
+
+// A mouse drag over the file: where it started, once it has.
+struct drag_state {
+    bool on = false;        // a drag is stretching the selection
+    bool pressed = false;   // a press the field manager passed on was on a file cell
+    int32_t li = 0, col = 0; // the anchor (or that press's cell)
+};
+drag_state drag;
+
+// A drag event: the selection runs from the anchor to the mouse's cell, a
+// rectangle when Alt is held. The anchor is the cell of the press, which a
+// plain left press has made the cursor's.
+void drag_select()
+{
+    int id, line, col;
+    if (!drag.on) {
+        if (!drag.pressed) {
+            asqcur(1, &id, &line, &col);
+            if (!file_cell(id, col, drag.li, drag.col))
+                return;
+        }
+        drag.on = true;
+    }
+    int32_t li, c;
+    asqmou(1, &id, &line, &col);
+    if (!file_cell(id, col, li, c))
+        return;
+    int32_t al = drag.li, ac = drag.col, bl = li, bc = c;
+    bool rect = (as_evmods & 4) != 0;
+    if (bl < al || (bl == al && bc < ac)) {
+        std::swap(al, bl);
+        std::swap(ac, bc);
+    }
+    if (rect && bc < ac)
+        std::swap(ac, bc);
+    xfsel = xfselection();
+    xfsel.fileid = xf->fileid;
+    xfsel.l1 = al + 1;
+    xfsel.c1 = ac + 1;
+    xfsel.l2 = bl + 1;
+    xfsel.c2 = bc + 1;
+    xfsel.kind = rect ? 3 : 2;
+    xfsel.width = xv->ncols;
+}
+
 void read_cursor()
 {
     int id, line, col;
@@ -341,6 +400,18 @@ void xfread(int toplevel)
         asread(&code, &value, &nmod);
         aid = code;
         aid_value = value;
+        if (code == 24) {
+            drag_select();
+            xfdisplay();
+            continue;
+        }
+        drag.on = false;
+        drag.pressed = false;
+        if (code == 20) {
+            int id, line, col;
+            asqmou(1, &id, &line, &col);
+            drag.pressed = file_cell(id, col, drag.li, drag.col);
+        }
         switch (code) {
         case 23: // the window has gone: nothing is saved that was not saved
         case 672:
