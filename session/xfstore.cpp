@@ -140,8 +140,36 @@ void permute(xflines &L, int32_t li, int32_t count, const int32_t *order)
     }
 }
 
+// The selection keeps to its text when lines before it come or go; lines
+// of it that go take it in, and when all go it ends.
+void adjust_selection_delete(int32_t li, int32_t n)
+{
+    if (xfsel.fileid != xf->fileid)
+        return;
+    int32_t a = li + 1, b = li + n; // the lines that go, from 1
+    if (xfsel.l1 >= a && xfsel.l2 <= b) {
+        xfsel_clear();
+        return;
+    }
+    if (xfsel.l2 > b) {
+        xfsel.l2 -= n;
+    } else if (xfsel.l2 >= a) {
+        xfsel.l2 = a - 1;
+        if (xfsel.kind != 3)
+            xfsel.c2 = -1;
+    }
+    if (xfsel.l1 > b) {
+        xfsel.l1 -= n;
+    } else if (xfsel.l1 >= a) {
+        xfsel.l1 = a;
+        if (xfsel.kind != 3)
+            xfsel.c1 = 1;
+    }
+}
+
 void adjust_points_delete(int32_t li, int32_t n)
 {
+    adjust_selection_delete(li, n);
     auto &p = xf->points;
     p.erase(std::remove_if(p.begin(), p.end(),
                            [&](const xfpoint &x) { return x.li >= li && x.li < li + n; }),
@@ -153,6 +181,12 @@ void adjust_points_delete(int32_t li, int32_t n)
 
 void adjust_points_insert(int32_t after, int32_t n)
 {
+    if (xfsel.fileid == xf->fileid) {
+        if (xfsel.l1 > after + 1)
+            xfsel.l1 += n;
+        if (xfsel.l2 > after + 1)
+            xfsel.l2 += n;
+    }
     for (auto &x : xf->points)
         if (x.li > after)
             x.li += n;

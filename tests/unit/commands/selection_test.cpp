@@ -210,6 +210,22 @@ TEST_F(Selection, ClipboardFindAcrossLines)
     EXPECT_EQ(curline(), 4);
 }
 
+TEST_F(Selection, FollowsLinesAddedAndRemovedBeforeIt)
+{
+    file({"a", "b", "keep me", "c"});
+    xfcmdline("s_set l 3 1 3 4");
+    xfcmdline("s_copy r x");
+    xfcmdline("s_copy a y");
+    xfcmdline("s_paste i 1 1"); // one line more before it
+    xfcmdline("s_copy");
+    EXPECT_EQ(pl_clip_own().lines, (lines{"keep"}));
+    xf_do('D', nullptr, 0, 2, 1, nullptr, "test"); // two lines fewer
+    xfcmdline("s_copy");
+    EXPECT_EQ(pl_clip_own().lines, (lines{"keep"}));
+    xf_do('d', nullptr, 1, 1, 1, nullptr, "test"); // its own line goes
+    EXPECT_LT(xfsel_file(), 0);
+}
+
 TEST(Clipboard, JoinSplitAndBase64)
 {
     pl_clip c = pl_clip_split("a\r\nbc\nd\n", true);
