@@ -29,8 +29,8 @@ keys=$(grep -c -v resize session.keys)
 chars=$((25 * 7))                     # "type abcdefgh" lines count 8 keys each
 keys=$((keys + chars))
 median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
-time_of() { # prints the median seconds of 3 runs: keys, file
-  for k in 1 2 3; do
+time_of() { # prints the median seconds of 7 runs: keys, file (the load alone varies by some 6%)
+  for k in 1 2 3 4 5 6 7; do
     LANG=C.UTF-8 /usr/bin/time -f "%e" -o t.out "$xed" -np -keys "$1" "$2" >/dev/null 2>&1 || true
     cat t.out
   done | median
