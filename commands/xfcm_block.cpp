@@ -303,9 +303,11 @@ void lines_message(int64_t n, const char *what)
 
 // The operands of a command that takes a target alone: its count and its
 // lines. False when the command is over (failed, with cmd_rc set).
-bool target_alone(const xfcmd &c, int64_t &count, int32_t &first, int64_t &n, bool &some)
+// The target that ends a command's operands: its lines, `some` false when
+// it names none. False with the message given when it is wrong or followed
+// by anything.
+bool target_last(std::string_view rest, int64_t &count, int32_t &first, int64_t &n, bool &some)
 {
-    std::string_view rest = c.ops();
     if (int r = xftarget_count(rest, count)) {
         target_fail(r);
         return false;
@@ -317,6 +319,11 @@ bool target_alone(const xfcmd &c, int64_t &count, int32_t &first, int64_t &n, bo
     some = xfcount_range(count, first, n);
     cmd_rc = 0;
     return true;
+}
+
+bool target_alone(const xfcmd &c, int64_t &count, int32_t &first, int64_t &n, bool &some)
+{
+    return target_last(c.ops(), count, first, n, some);
 }
 
 // The destination of COpy, MOve and MErge: the line a target names,
@@ -430,17 +437,13 @@ int xfcm_duplicat(const xfcmd &c)
     long times = 1;
     if (!w.empty() && (!xfnumber(w, times) || times < 0))
         return fail(16, 5);
-    int64_t count;
-    if (int r = xftarget_count(rest, count))
-        return target_fail(r);
-    if (!rest.empty())
-        return fail(16, 5);
+    int64_t count, n;
     int32_t first;
-    int64_t n;
-    if (!xfcount_range(count, first, n) || times == 0) {
-        cmd_rc = 0;
+    bool some;
+    if (!target_last(rest, count, first, n, some))
         return 1;
-    }
+    if (!some || times == 0)
+        return 1;
     std::vector<xfline> one = xfcopy_out(first, n);
     if ((int64_t)one.size() * times + nbli() > xfmax_lines) {
         for (auto &l : one)
@@ -482,17 +485,13 @@ int xfcm_shift(const xfcmd &c)
     long n = 1;
     if (!nw.empty() && (!xfnumber(nw, n) || n < 0 || n > xfmax_cols))
         return fail(16, 5);
-    int64_t count;
-    if (int r = xftarget_count(rest, count))
-        return target_fail(r);
-    if (!rest.empty())
-        return fail(16, 5);
+    int64_t count, k;
     int32_t first;
-    int64_t k;
-    if (!xfcount_range(count, first, k) || n == 0) {
-        cmd_rc = 0;
+    bool some;
+    if (!target_last(rest, count, first, k, some))
         return 1;
-    }
+    if (!some || n == 0)
+        return 1;
     int32_t last = (int32_t)(first + k - 1);
     if (right) {
         // Refused before any line changes when one would pass the limit.

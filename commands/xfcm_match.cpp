@@ -92,19 +92,7 @@ int xfcm_match(const xfcmd &c)
     xfcursor_file(pli, pcol);
     if (sel) {
         // The stretch from one bracket to the other, in text order.
-        int32_t al = cur.li, ac = xfcol_at(l.text, l.len, off, xf->utf8), bl = pli, bc = pcol;
-        if (bl < al || (bl == al && bc < ac)) {
-            std::swap(al, bl);
-            std::swap(ac, bc);
-        }
-        xfsel = xfselection();
-        xfsel.fileid = xf->fileid;
-        xfsel.l1 = al + 1;
-        xfsel.c1 = ac + 1;
-        xfsel.l2 = bl + 1;
-        xfsel.c2 = bc + 1;
-        xfsel.kind = 2;
-        xfsel.width = xv->ncols;
+        xfsel_set(cur.li, xfcol_at(l.text, l.len, off, xf->utf8), pli, pcol, 2);
     } else if (xfsel.fileid == xf->fileid) {
         xfsel_clear();
     }

@@ -295,14 +295,7 @@ int xfcm_selectall(const xfcmd &c)
         cmd_rc = 0;
         return 1;
     }
-    xfsel = xfselection();
-    xfsel.fileid = xf->fileid;
-    xfsel.l1 = 1;
-    xfsel.c1 = 1;
-    xfsel.l2 = nbli();
-    xfsel.c2 = -1;
-    xfsel.kind = 2;
-    xfsel.width = xv->ncols;
+    xfsel_set(0, 0, nbli() - 1, -1, 2);
     cmd_rc = 0;
     return 1;
 }

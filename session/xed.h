@@ -484,3 +484,7 @@ int xfsel_file();
 // is selected.
 bool xfsel_has(int32_t li, int32_t col);
 void xfsel_clear();
+// Makes the stretch between two places of the current file (lines and
+// columns from 0, in either order; c2 -1 to the line's end) the selection,
+// of kind 2 (stream) or 3 (rectangle: its columns ordered too).
+void xfsel_set(int32_t l1, int32_t c1, int32_t l2, int32_t c2, int kind);

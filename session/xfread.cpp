@@ -138,22 +138,7 @@ void drag_select()
     asqmou(1, &id, &line, &col);
     if (!file_cell(id, col, li, c))
         return;
-    int32_t al = drag.li, ac = drag.col, bl = li, bc = c;
-    bool rect = (as_evmods & 4) != 0;
-    if (bl < al || (bl == al && bc < ac)) {
-        std::swap(al, bl);
-        std::swap(ac, bc);
-    }
-    if (rect && bc < ac)
-        std::swap(ac, bc);
-    xfsel = xfselection();
-    xfsel.fileid = xf->fileid;
-    xfsel.l1 = al + 1;
-    xfsel.c1 = ac + 1;
-    xfsel.l2 = bl + 1;
-    xfsel.c2 = bc + 1;
-    xfsel.kind = rect ? 3 : 2;
-    xfsel.width = xv->ncols;
+    xfsel_set(drag.li, drag.col, li, c, (as_evmods & 4) != 0 ? 3 : 2);
 }
 
 void read_cursor()

@@ -1,6 +1,8 @@
 // The selection record and the tests the page and the commands share.
 #include "session/xed.h"
 
+#include <utility>
+
 xfselection xfsel;
 
 int xfsel_file()
@@ -29,3 +31,21 @@ bool xfsel_has(int32_t li, int32_t col)
 }
 
 void xfsel_clear() { xfsel = xfselection(); }
+
+void xfsel_set(int32_t l1, int32_t c1, int32_t l2, int32_t c2, int kind)
+{
+    if (l2 < l1 || (l2 == l1 && c2 >= 0 && c2 < c1)) {
+        std::swap(l1, l2);
+        std::swap(c1, c2);
+    }
+    if (kind == 3 && c2 >= 0 && c2 < c1)
+        std::swap(c1, c2);
+    xfsel = xfselection();
+    xfsel.fileid = xf->fileid;
+    xfsel.l1 = l1 + 1;
+    xfsel.c1 = c1 + 1;
+    xfsel.l2 = l2 + 1;
+    xfsel.c2 = c2 < 0 ? -1 : c2 + 1;
+    xfsel.kind = kind;
+    xfsel.width = xv->ncols;
+}
