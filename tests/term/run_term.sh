@@ -30,7 +30,9 @@
 #   title TEXT            waits until the pane's title holds TEXT
 #   resize ROWS COLS      changes the pane's size
 #   signal NAME           sends the signal to the editor
-#   close                 the pane goes away, as a terminal window closed
+#   close                 the pane goes away, as a terminal window closed (in
+#                         a case that closes, the editor is the pane's own
+#                         process: no job control, no `ended` or `rc`)
 #   stopped               waits until the editor has stopped (job control)
 #   resume                brings a stopped editor back to the foreground
 #   ended                 waits until the editor has ended
@@ -95,7 +97,17 @@ until_ok() {
   return 1
 }
 
-editor_pid() { pgrep -P "$(t display -p -t x '#{pane_pid}' 2>/dev/null)" -f "$run" | head -1; }
+editor_pid() {
+  local pane
+  pane=$(t display -p -t x '#{pane_pid}' 2>/dev/null) || return
+  if [ "$closes" = yes ]; then
+    ps -o args= -p "$pane" | grep -qF -- "$run" && echo "$pane"
+  else
+    pgrep -P "$pane" -f "$run" | head -1
+  fi
+}
+closes=no
+grep -q '^close' "$case_dir/steps" && closes=yes
 editors=() # every editor started, to see them end
 
 # Whether the editor of that process number is there and not a zombie.
@@ -114,7 +126,12 @@ end_editors() {
   for p in "${editors[@]}"; do
     [ -n "$p" ] || continue
     running "$p" && kill -HUP "$p" && kill -CONT "$p"
-    until_ok '! running "$p"' || return 1
+    until_ok '! running "$p"' || {
+      echo "editor $p of ${#editors[@]} still running:"
+      ps -o pid=,pgid=,tpgid=,stat=,wchan:20=,pcpu=,args= -p "$p"
+      grep -E "^(State|SigPnd|ShdPnd|SigBlk|SigIgn|SigCgt|Threads)" "/proc/$p/status"
+      return 1
+    }
   done
 }
 
@@ -134,10 +151,20 @@ while IFS= read -r line || [ -n "$line" ]; do
     start)
       # A job-control shell, so that a stopped editor can be brought back:
       # while .stopped exists the editor is stopped; removing it resumes.
+      envs="env -u DISPLAY -u WAYLAND_DISPLAY TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state'"
+      if [ "$closes" = yes ]; then
+        # The editor leads the terminal's session, so the hang-up and the
+        # SIGCONT that goes with it reach it as the terminal goes. Under a
+        # shell they would come only as the shell exits, which may be while
+        # a sanitizer build, already ending on the lost terminal, has
+        # stopped itself to look for leaks; a SIGCONT then cancels the stop
+        # it waits for, and it never ends.
+        printf "cd '%s'\nexec %s '%s' %s %s\n" "$work" "$envs" "$run" "$np" "$rest" >"$work/.run"
+      else
       cat >"$work/.run" <<EOS
 set -m
 cd '$work'
-env -u DISPLAY -u WAYLAND_DISPLAY TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state' '$run' $np $rest
+$envs '$run' $np $rest
 rc=\$?
 while [ \$rc -gt 128 ] && [ -n "\$(jobs -s)" ]; do
   touch .stopped
@@ -148,6 +175,7 @@ done
 echo \$rc > .rc
 sleep 60
 EOS
+      fi
       t new-session -d -s x -x "$cols" -y "$rows" "bash '$work/.run'" || fail "tmux did not start"
       # Programs in the pane may set the clipboard (OSC 52) for the cases to read.
       t set -s set-clipboard on
