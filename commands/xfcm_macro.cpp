@@ -54,17 +54,26 @@ std::string base_without_ext(const std::string &path)
     return d == std::string::npos ? b : b.substr(0, d);
 }
 
-// Enter one file by its class; `direct` allows the class only named files take.
+// Whether a file of that class is a macro; `direct` allows the class only
+// named files take.
+bool is_macro_class(int cls, bool direct)
+{
+    return cls == 4 || cls == 9 || cls == 10 || (cls == 14 && direct) || cls == 16;
+}
+
+// Enter one file by its class.
 void register_file(const std::string &path, bool direct)
 {
     int cls = xfext_class(path);
+    if (!is_macro_class(cls, direct))
+        return;
     std::string name = base_without_ext(path);
     if (cls == 4)
         add_to(cmd_files, name, path, cls);
-    else if (cls == 9 || cls == 10 || (cls == 14 && direct))
-        add_to(rexx_macros, name, path, cls);
     else if (cls == 16)
         add_to(flist_macros, name, path, cls);
+    else
+        add_to(rexx_macros, name, path, cls);
 }
 
 bool scan_dir(const std::string &dir)
@@ -72,15 +81,18 @@ bool scan_dir(const std::string &dir)
     DIR *d = opendir(dir.c_str());
     if (!d)
         return false;
+    // Only macros are kept and put in order (a later name of the same stem
+    // wins): the folder may be the user's working folder of a hundred
+    // thousand files, read at every start.
     std::vector<std::string> names;
     while (dirent *e = readdir(d))
-        names.emplace_back(e->d_name);
+        if (is_macro_class(xfext_class(e->d_name), false))
+            names.emplace_back(e->d_name);
     closedir(d);
     std::sort(names.begin(), names.end());
     std::string base = dir.empty() || dir.back() == '/' ? dir : dir + "/";
     for (auto &n : names)
-        if (n != "." && n != "..")
-            register_file(base + n, false);
+        register_file(base + n, false);
     return true;
 }
 

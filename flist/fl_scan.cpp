@@ -4,10 +4,13 @@
 
 #include "fields/fields.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
 #include <unordered_map>
 
@@ -73,6 +76,45 @@ void progress(const std::string &text)
     asrefresh();
 }
 
+// A name read from a directory, waiting for its status.
+struct entry {
+    std::string path;     // the directory and the name
+    uint32_t name_at = 0; // where the name starts in it
+    bool realdir = false; // a directory itself, to walk for a tree
+    fl_status st;         // zero when the status cannot be had
+};
+
+void status_of(int fd, std::vector<entry> &v, size_t from_i, size_t to_i)
+{
+    for (size_t i = from_i; i < to_i; i++) {
+        struct stat sb;
+        if (fstatat(fd, v[i].path.c_str() + v[i].name_at, &sb, 0) == 0)
+            v[i].st = from(sb);
+    }
+}
+
+// Takes the status of every entry; a large folder is split among a few
+// threads, as the kernel's lookups run side by side.
+void take_status(int fd, std::vector<entry> &v)
+{
+    constexpr size_t least_each = 4096;
+    size_t workers = std::min<size_t>({std::max(1u, std::thread::hardware_concurrency()), 4, v.size() / least_each});
+    std::vector<std::thread> helpers;
+    size_t done = 0;
+    if (workers > 1) {
+        size_t part = v.size() / workers;
+        try {
+            for (size_t w = 1; w < workers; w++, done += part)
+                helpers.emplace_back(status_of, fd, std::ref(v), done, done + part);
+        } catch (const std::system_error &) {
+            // No thread to be had: what is left is done here.
+        }
+    }
+    status_of(fd, v, done, v.size());
+    for (auto &t : helpers)
+        t.join();
+}
+
 struct scanner {
     explicit scanner(fl_level &l) : lv(l) {}
     fl_level &lv;
@@ -118,23 +160,30 @@ struct scanner {
                 full = full || !lv.list.add("..", fl_stat_of(fl_dirs[size_t(pi)]), pi);
         }
         int fd = dirfd(dp);
+        // The names first, then their status: taking it is most of a scan's
+        // time, and for a folder of many files it is shared among threads.
+        std::vector<entry> found;
         bool dot = false, dotdot = false;
-        while (!full) {
-            struct dirent *e = readdir(dp);
-            if (!e)
-                break;
+        while (struct dirent *e = readdir(dp)) {
             std::string_view nm(e->d_name);
             if ((nm == "." && !dot && (dot = true)) || (nm == ".." && !dotdot && (dotdot = true)))
                 continue;
             bool realdir = lv.recursive && real_dir(fd, e);
             if (!realdir && !fl_accept(lv.npat, lv.epat, nm))
                 continue;
-            struct stat sb;
-            fl_status s;
-            if (fstatat(fd, e->d_name, &sb, 0) == 0)
-                s = from(sb);
-            bool isdir = S_ISDIR(s.mode);
-            if (realdir) {
+            entry en;
+            en.path = d.size() == 1 ? d + std::string(nm) : d + "/" + std::string(nm);
+            en.name_at = uint32_t(en.path.size() - nm.size());
+            en.realdir = realdir;
+            found.push_back(std::move(en));
+        }
+        take_status(fd, found);
+        for (auto &en : found) {
+            if (full)
+                break;
+            std::string_view nm(en.path.c_str() + en.name_at);
+            bool isdir = S_ISDIR(en.st.mode);
+            if (en.realdir) {
                 // The tree is walked through real directories only: a link
                 // to one above would never end.
                 int sub = 0;
@@ -148,8 +197,7 @@ struct scanner {
             }
             if ((lv.filter == FL_DIRSONLY && !isdir) || (lv.filter == FL_FILESONLY && isdir))
                 continue;
-            std::string path = d.size() == 1 ? d + std::string(nm) : d + "/" + std::string(nm);
-            full = !lv.list.add(std::move(path), s, di);
+            full = !lv.list.add(std::move(en.path), en.st, di);
         }
         closedir(dp);
     }
