@@ -15,6 +15,7 @@
 #include <unordered_map>
 
 std::deque<fl_level> fl_levels;
+size_t fl_share_least = 4096;
 
 void fl_list::clear()
 {
@@ -97,8 +98,8 @@ void status_of(int fd, std::vector<entry> &v, size_t from_i, size_t to_i)
 // threads, as the kernel's lookups run side by side.
 void take_status(int fd, std::vector<entry> &v)
 {
-    constexpr size_t least_each = 4096;
-    size_t workers = std::min<size_t>({std::max(1u, std::thread::hardware_concurrency()), 4, v.size() / least_each});
+    size_t workers = std::min<size_t>({std::max(1u, std::thread::hardware_concurrency()), 4,
+                                       v.size() / std::max<size_t>(fl_share_least, 1)});
     std::vector<std::thread> helpers;
     size_t done = 0;
     if (workers > 1) {

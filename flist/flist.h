@@ -83,6 +83,9 @@ struct fl_level {
 };
 
 extern std::deque<fl_level> fl_levels; // the stack, the back shown; entries never move
+// Below this many entries a thread would cost more than its share of the
+// status calls saves.
+extern size_t fl_share_least;
 extern int fl_europe;                   // FLDATE EUROPE: day before month
 extern int fl_parent;                   // FLPP: the parent entry `..` is listed
 extern int fl_attrs;                    // the attribute column is shown

@@ -108,6 +108,32 @@ TEST_F(FlScan, PatternsAndFilters)
     EXPECT_EQ(d.list.count(), 4u); // no `..` when directories are left out
 }
 
+// A folder whose entries' status is taken on several threads (the share
+// made small for the test): every entry, at either end of each share, gets
+// its own size, and the folder among them is still left out by the
+// files-only filter.
+TEST_F(FlScan, SharedStatusGivesEveryEntryItsOwn)
+{
+    const size_t n = 301;
+    size_t was = fl_share_least;
+    fl_share_least = 16;
+    for (size_t i = 0; i < n; i++)
+        make("f" + std::to_string(i) + ".t", i % 97);
+    mkdir((dir + "/w/adir").c_str(), 0755);
+    fl_level &lv = level();
+    lv.filter = FL_FILESONLY;
+    ASSERT_EQ(fl_scan(lv), 0);
+    ASSERT_EQ(lv.list.count(), n);
+    size_t right = 0;
+    for (size_t i = 0; i < n; i++) {
+        std::string b = fl_basename(lv.list.name[i]);
+        size_t k = std::stoul(b.substr(1));
+        right += lv.list.st[i].size == int64_t(k % 97) && S_ISREG(lv.list.st[i].mode) && lv.list.st[i].mtime > 0;
+    }
+    fl_share_least = was;
+    EXPECT_EQ(right, n);
+}
+
 TEST_F(FlScan, EverySortKeepsTheParentOnTop)
 {
     make("b.zz", 30, 3000);
