@@ -125,7 +125,12 @@ end_editors() {
   local p
   for p in "${editors[@]}"; do
     [ -n "$p" ] || continue
-    running "$p" && kill -HUP "$p" && kill -CONT "$p"
+    if running "$p"; then
+      kill -HUP "$p"
+      # Only a stopped editor is continued: one that is running may already
+      # be looking for leaks by the time a SIGCONT would come.
+      [[ $(ps -o stat= -p "$p" 2>/dev/null) == T* ]] && kill -CONT "$p"
+    fi
     until_ok '! running "$p"' || {
       echo "editor $p of ${#editors[@]} still running:"
       ps -o pid=,pgid=,tpgid=,stat=,wchan:20=,pcpu=,args= -p "$p"
