@@ -23,6 +23,11 @@ extern std::string lastlorc;             // the last locate text
 
 std::string xffold(std::string_view s);
 
+// HELP and MAN on a word (the selection's forms use them): the operands as
+// the commands take them. Messages and cmd_rc as the commands give them.
+int xfhelp_word(std::string_view ops);
+int xfman_word(std::string_view ops);
+
 // A file name cut as $ expansion and EXTRACT name its parts.
 struct xfname_parts {
     std::string lfn, fn, fd, ft; // name up to the extension, base, folder, extension
