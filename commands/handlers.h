@@ -30,6 +30,13 @@ int xfcm_help(const xfcmd &c);
 int xfcm_man(const xfcmd &c);
 int xfcm_s_help(const xfcmd &c);
 int xfcm_s_man(const xfcmd &c);
+// Spelling (xfcm_spell.cpp).
+int xfcm_spell(const xfcmd &c);
+int xfcm_spell_next(const xfcmd &c);
+int xfcm_spell_add(const xfcmd &c);
+// Printing (xfcm_print.cpp).
+int xfcm_printfile(const xfcmd &c);
+int xfcm_printscreen(const xfcmd &c);
 // Tags (xfcm_ctags.cpp).
 int xfcm_ctags(const xfcmd &c);
 // Links to outside environments that are never there (xfcm_links.cpp).

@@ -145,28 +145,13 @@ int32_t address_line(const std::string &a)
     return -1;
 }
 
-bool wordchar(char ch) { return std::isalnum((unsigned char)ch) || ch == '_' || (unsigned char)ch >= 128; }
-
-// The word under the cursor, or at the column pointer of the current line.
+// The word under the cursor, or "".
 std::string cursor_word()
 {
-    int32_t li = curline(), col = xv->perfile[(size_t)xfidx].colptr - 1;
-    if (!batch && ptcu.fld == 0 && ptcu.li >= 0 && ptcu.li < nbli()) {
-        li = ptcu.li;
-        col = ptcu.col;
-    }
-    if (li < 0 || li >= nbli())
+    int32_t li, a, b;
+    if (!xfcursor_word(li, a, b))
         return "";
-    const xfline &l = xf->lines[li];
-    int32_t off = xfcol_off(l.text, l.len, std::max(0, col), xf->utf8);
-    if (off >= l.len || !wordchar(l.text[off]))
-        return "";
-    int32_t a = off, b = off;
-    while (a > 0 && wordchar(l.text[a - 1]))
-        a--;
-    while (b < l.len && wordchar(l.text[b]))
-        b++;
-    return std::string(l.text + a, (size_t)(b - a));
+    return std::string(xf->lines[li].text + a, (size_t)(b - a));
 }
 
 int jump(std::string name)

@@ -46,6 +46,13 @@ std::string pl_sha256(const std::string &data);
 int pl_run_capture(const std::vector<std::string> &argv, const std::vector<std::string> &env_extra,
                    std::string &out, std::string *err, size_t limit);
 
+// ---- printing ------------------------------------------------------------------
+
+// A PDF document of the lines (A4, Courier 10, wrapped at the page's width,
+// a form feed starting a page) with `title` as its title. `utf8`: the lines
+// are UTF-8, else Latin-1 bytes. The same text always gives the same bytes.
+std::string pl_text_pdf(const std::vector<std::string> &lines, const std::string &title, bool utf8);
+
 // ---- requests from outside to end ---------------------------------------------
 
 // Hang-up, terminate, interrupt, quit and the two user signals: the handler
