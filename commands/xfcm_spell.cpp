@@ -252,7 +252,9 @@ int xfcm_spell_add(const xfcmd &c)
         return no_dictionary();
     // The user's list is made new (never through a link) or appended to.
     std::string path = user_words();
-    mkdir(xfuser_data().c_str(), 0700);
+    std::string folder = xfuser_data();
+    for (size_t s = folder.find('/', 1); s != std::string::npos; s = folder.find('/', s + 1))
+        mkdir(folder.substr(0, s).c_str(), 0700);
     int fd = pl_create_new(path, 0600);
     if (fd == -EEXIST)
         fd = open(path.c_str(), O_WRONLY | O_APPEND | O_NOFOLLOW | O_CLOEXEC);
