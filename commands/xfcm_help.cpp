@@ -7,10 +7,12 @@
 #include "commands/internal.h"
 #include "platform/platform.h"
 #include "rexx/builtins/builtins.h"
+#include "rexx/rexx.h"
 #include "session/xed.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cctype>
 #include <cstdio>
 #include <fstream>
 
@@ -112,8 +114,7 @@ std::vector<std::string> facts(const xfhelp_page &p, const std::vector<xfhelp_pa
         if (xfhelp_find(pages, "rexx", p.name))
             out.push_back("There is also a REXX built-in of this name: HELP REXX " + p.name + ".");
     } else if (p.kind == "rexx") {
-        const bu_row *r = rexx_row(p.name);
-        if (r && !r->handler)
+        if (rexx_row(p.name) && !rx_builtin_ready(p.name))
             out.push_back("Not built yet: a call of it is an unknown routine (error 43).");
         if (xfhelp_find(pages, "command", p.name))
             out.push_back("There is also an editor command of this name: HELP COMMAND " + p.name + ".");

@@ -12,6 +12,8 @@
 
 #include <hunspell.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>

@@ -6,6 +6,7 @@
 #include "rexx/builtins/builtins.h"
 #include "tests/unit/session/fixture.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
