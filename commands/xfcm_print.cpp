@@ -7,6 +7,7 @@
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
+#include "commands/xfsettings.h"
 #include "fields/fields.h"
 #include "platform/platform.h"
 #include "session/xed.h"
@@ -39,8 +40,8 @@ std::string printer()
     size_t c = out.find("destination:");
     if (c == std::string::npos)
         return "";
-    std::string_view rest = std::string_view(out).substr(c + 12);
-    return std::string(xfword(rest));
+    std::string_view rest = xftrim(std::string_view(out).substr(c + 12));
+    return std::string(rest.substr(0, rest.find_first_of(" \t\n")));
 }
 
 // A new file `base` + ".pdf" in `dir` (or base-2.pdf and so on), never

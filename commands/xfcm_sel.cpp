@@ -603,25 +603,21 @@ std::string sel_word()
     return std::string(w.substr(0, n));
 }
 
+// HELP or MAN on the selected word.
+int on_word(const char *label, int (*look)(std::string_view), int none)
+{
+    xftrace(label);
+    if (!need_sel())
+        return 1;
+    std::string w = sel_word();
+    return w.empty() ? fail(none, 1) : look(w);
+}
+
 } // namespace
 
-int xfcm_s_help(const xfcmd &)
-{
-    xftrace("Commande xfcm_s_help");
-    if (!need_sel())
-        return 1;
-    std::string w = sel_word();
-    return w.empty() ? fail(116, 1) : xfhelp_word(w);
-}
+int xfcm_s_help(const xfcmd &) { return on_word("Commande xfcm_s_help", xfhelp_word, 116); }
 
-int xfcm_s_man(const xfcmd &)
-{
-    xftrace("Commande xfcm_s_man");
-    if (!need_sel())
-        return 1;
-    std::string w = sel_word();
-    return w.empty() ? fail(58, 1) : xfman_word(w);
-}
+int xfcm_s_man(const xfcmd &) { return on_word("Commande xfcm_s_man", xfman_word, 58); }
 
 int xfcm_s_prsh(const xfcmd &)
 {

@@ -7,6 +7,7 @@
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
+#include "commands/xfsettings.h"
 #include "platform/platform.h"
 #include "session/xed.h"
 
@@ -140,10 +141,14 @@ std::string text_of(int32_t li, const word_at &w)
     return std::string(xf->lines[li].text + w.from, (size_t)(w.to - w.from));
 }
 
+// The cursor goes to the word, and the column pointer with it, so that the
+// next SPELL_Next goes on behind it also where there is no page.
 void put_cursor(int32_t li, int32_t off)
 {
     const xfline &l = xf->lines[li];
-    xfcursor_file(li, xfcol_at(l.text, l.len, off, xf->utf8));
+    int32_t col = xfcol_at(l.text, l.len, off, xf->utf8);
+    xfcursor_file(li, col);
+    xv->perfile[(size_t)xfidx].colptr = col + 1;
 }
 
 // The first misspelt word of line li from byte `from`: true with it offered.
