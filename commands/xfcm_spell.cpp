@@ -96,7 +96,9 @@ struct word_at {
     int32_t from, to; // byte range in the line
 };
 
-std::vector<word_at> words_of(const char *t, int32_t n)
+// In a file of bytes a letter past ASCII is not UTF-8, which the
+// dictionary's words are: such words are passed over rather than misread.
+std::vector<word_at> words_of(const char *t, int32_t n, bool utf8)
 {
     std::vector<word_at> out;
     int32_t i = 0;
@@ -108,7 +110,7 @@ std::vector<word_at> words_of(const char *t, int32_t n)
         int32_t a = i;
         bool plain = true;
         while (i < n && (xfwordchar((unsigned char)t[i]) || (t[i] == '\'' && i + 1 < n && letter(t[i + 1])))) {
-            if (!letter(t[i]) && t[i] != '\'')
+            if ((!letter(t[i]) && t[i] != '\'') || (!utf8 && (unsigned char)t[i] >= 128))
                 plain = false;
             i++;
         }
@@ -119,6 +121,21 @@ std::vector<word_at> words_of(const char *t, int32_t n)
 }
 
 bool correct(Hunhandle *h, const std::string &w) { return Hunspell_spell(h, w.c_str()) != 0; }
+
+// A word of a file of bytes, read as Latin-1, in the dictionary's UTF-8.
+std::string latin1_utf8(const std::string &w)
+{
+    std::string o;
+    for (unsigned char c : w) {
+        if (c < 128) {
+            o += (char)c;
+        } else {
+            o += (char)(0xC0 | (c >> 6));
+            o += (char)(0x80 | (c & 0x3F));
+        }
+    }
+    return o;
+}
 
 // "..... Misspelt: teh; try: the, tea, ten" with at most six corrections.
 void offer(Hunhandle *h, const std::string &w)
@@ -155,7 +172,7 @@ void put_cursor(int32_t li, int32_t off)
 bool check_line(Hunhandle *h, int32_t li, int32_t from)
 {
     const xfline &l = xf->lines[li];
-    for (const word_at &w : words_of(l.text, l.len)) {
+    for (const word_at &w : words_of(l.text, l.len, xf->utf8)) {
         if (w.from < from)
             continue;
         std::string s = text_of(li, w);
@@ -199,6 +216,8 @@ int xfcm_spell(const xfcmd &c)
     int32_t li, a, b;
     if (xfcursor_word(li, a, b)) {
         std::string s(xf->lines[li].text + a, (size_t)(b - a));
+        if (!xf->utf8)
+            s = latin1_utf8(s);
         if (!correct(h, s))
             offer(h, s);
         else
@@ -246,8 +265,11 @@ int xfcm_spell_add(const xfcmd &c)
         return xfbad();
     if (w.empty() && xf) {
         int32_t li, a, b;
-        if (xfcursor_word(li, a, b))
+        if (xfcursor_word(li, a, b)) {
             w.assign(xf->lines[li].text + a, (size_t)(b - a));
+            if (!xf->utf8)
+                w = latin1_utf8(w);
+        }
     }
     if (w.empty()) {
         xfmsg(159, 1);

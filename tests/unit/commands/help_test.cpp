@@ -105,13 +105,18 @@ TEST(HelpReader, RefusesMalformedFilesNamingTheLine)
 // HELP on the page: a folder of our own stands for the program's, holding a
 // small data file (or none).
 struct HelpCommand : EditorTest {
-    std::string dir, saved_install;
+    std::string dir, saved_install, saved_state;
+    bool had_state = false;
     void SetUp() override
     {
         EditorTest::SetUp();
         char t[] = "/tmp/xed-help.XXXXXX";
         dir = mkdtemp(t);
         saved_install = installdir;
+        if (const char *st = std::getenv("XDG_STATE_HOME")) {
+            had_state = true;
+            saved_state = st;
+        }
         installdir = dir + "/";
         setenv("XDG_STATE_HOME", (dir + "/state").c_str(), 1);
         std::string cmd = "mkdir -p '" + dir + "/share/vorta'";
@@ -120,6 +125,10 @@ struct HelpCommand : EditorTest {
     void TearDown() override
     {
         installdir = saved_install;
+        if (had_state)
+            setenv("XDG_STATE_HOME", saved_state.c_str(), 1);
+        else
+            unsetenv("XDG_STATE_HOME");
         std::string cmd = "rm -rf '" + dir + "'";
         EXPECT_EQ(std::system(cmd.c_str()), 0);
         EditorTest::TearDown();
