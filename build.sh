@@ -4,7 +4,7 @@
 # (`test`), the second time on a build with the sanitizers.
 set -eu
 cd "$(dirname "$0")"
-pkgs="build-essential cmake ninja-build libgtest-dev libncurses-dev libpcre2-dev tmux regina-rexx qt6-base-dev fonts-dejavu-core xvfb xauth"
+pkgs="build-essential cmake ninja-build libgtest-dev libncurses-dev libpcre2-dev tmux regina-rexx qt6-base-dev fonts-dejavu-core xvfb xauth libhunspell-dev hunspell-en-us man-db"
 missing=""
 for p in $pkgs; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -176,6 +177,24 @@ int xfpfx_query(std::string_view rest);
 // Text pasted from outside (a terminal's bracketed paste): inserted at the
 // cursor as a stream, the clipboard left as it is. One undo step.
 int xfpaste_text(const std::string &text);
+
+// ---------------------------------------------------------------------------
+// Help pages (xfhelp.cpp): one data file holds them all.
+struct xfhelp_page {
+    std::string kind;                  // "command", "rexx" or "task"
+    std::string name;                  // as the table spells it
+    std::string syntax;                // one line of syntax
+    std::vector<std::string> text;     // the paragraph(s)
+    std::vector<std::string> examples; // example lines
+};
+// Reads the pages of the data file's text; false with the reason in `why`
+// (the line number and what is wrong) for a malformed file.
+bool xfhelp_parse(std::istream &in, std::vector<xfhelp_page> &pages, std::string &why);
+// The page of a kind and name, the name compared without case; null if none.
+const xfhelp_page *xfhelp_find(const std::vector<xfhelp_page> &pages, std::string_view kind,
+                               std::string_view name);
+// The data file beside the program, or "" when it is not there.
+std::string xfhelp_file();
 
 // Lets a test replace the command table's "not implemented" handler lookup.
 int xfcm_notimpl(const xfcmd &c);

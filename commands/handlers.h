@@ -25,6 +25,24 @@ int xfcm_macro(const xfcmd &c);
 int xfcm_mode(const xfcmd &c);
 int xfcm_msg(const xfcmd &c);
 int xfcm_notimpl(const xfcmd &c);
+// Help and manual pages (xfcm_help.cpp), and their selection forms.
+int xfcm_help(const xfcmd &c);
+int xfcm_man(const xfcmd &c);
+int xfcm_s_help(const xfcmd &c);
+int xfcm_s_man(const xfcmd &c);
+// Spelling (xfcm_spell.cpp).
+int xfcm_spell(const xfcmd &c);
+int xfcm_spell_next(const xfcmd &c);
+int xfcm_spell_add(const xfcmd &c);
+// Printing (xfcm_print.cpp).
+int xfcm_printfile(const xfcmd &c);
+int xfcm_printscreen(const xfcmd &c);
+// Tags (xfcm_ctags.cpp).
+int xfcm_ctags(const xfcmd &c);
+// Links to outside environments that are never there (xfcm_links.cpp).
+int xfcm_saber(const xfcmd &c);
+int xfcm_clms(const xfcmd &c);
+int xfcm_wb(const xfcmd &c);
 int xfcm_menu(const xfcmd &c);
 int xfcm_menubar(const xfcmd &c);
 int xfcm_toolbar(const xfcmd &c);

@@ -23,6 +23,11 @@ extern std::string lastlorc;             // the last locate text
 
 std::string xffold(std::string_view s);
 
+// HELP and MAN on a word (the selection's forms use them): the operands as
+// the commands take them. Messages and cmd_rc as the commands give them.
+int xfhelp_word(std::string_view ops);
+int xfman_word(std::string_view ops);
+
 // A file name cut as $ expansion and EXTRACT name its parts.
 struct xfname_parts {
     std::string lfn, fn, fd, ft; // name up to the extension, base, folder, extension
@@ -43,6 +48,9 @@ bool xfsyscmd_word(std::string_view line);
 // every character past ASCII (letters of other scripts), so that a word is
 // never cut inside a character. `ch` is a byte, or a code point in UTF-8.
 bool xfwordchar(uint32_t ch);
+// The word under the cursor in the current file: its line and byte range
+// [from, to); false when the cursor is not on a word.
+bool xfcursor_word(int32_t &li, int32_t &from, int32_t &to);
 
 // Run one handler on a text as if it had been dispatched (SET uses it).
 int xfcall(const cmd_entry *e, xfcm_fn fn, std::string_view text, int ctx1, int ctx2);

@@ -10,6 +10,7 @@
 #include "session/xed.h"
 
 #include <algorithm>
+#include <cctype>
 #include <climits>
 
 namespace {
@@ -582,6 +583,41 @@ int xfcm_s_xed(const xfcmd &)
         return fail(58, 1);
     return xfcmdline("XEDIT " + name);
 }
+
+namespace {
+
+// The word a selection names for HELP and MAN: the first word of its text,
+// without the punctuation around it ("printf(" is printf); "" when none.
+std::string sel_word()
+{
+    sel_bind bind;
+    pl_clip t = sel_text();
+    std::string_view rest = t.lines.empty() ? std::string_view() : std::string_view(t.lines[0]);
+    std::string_view w = xfword(rest);
+    auto wordy = [](char ch) { return std::isalnum((unsigned char)ch) || ch == '_' || (unsigned char)ch >= 128; };
+    while (!w.empty() && !wordy(w.front()))
+        w.remove_prefix(1);
+    size_t n = 0;
+    while (n < w.size() && (wordy(w[n]) || w[n] == '.' || w[n] == '-'))
+        n++;
+    return std::string(w.substr(0, n));
+}
+
+// HELP or MAN on the selected word.
+int on_word(const char *label, int (*look)(std::string_view), int none)
+{
+    xftrace(label);
+    if (!need_sel())
+        return 1;
+    std::string w = sel_word();
+    return w.empty() ? fail(none, 1) : look(w);
+}
+
+} // namespace
+
+int xfcm_s_help(const xfcmd &) { return on_word("Commande xfcm_s_help", xfhelp_word, 116); }
+
+int xfcm_s_man(const xfcmd &) { return on_word("Commande xfcm_s_man", xfman_word, 58); }
 
 int xfcm_s_prsh(const xfcmd &)
 {

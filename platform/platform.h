@@ -33,6 +33,26 @@ std::string pl_state_dir(const std::string &sub);
 // The SHA-256 digest of `data` in 64 lower-case hexadecimal digits.
 std::string pl_sha256(const std::string &data);
 
+// ---- running another program -------------------------------------------------
+
+#include <vector>
+
+// Runs the program argv[0] (looked for on PATH) with `argv`, no shell between,
+// its input from /dev/null, the NAME=VALUE words of `env_extra` added to our
+// environment. Its standard output goes into `out`, its error output into
+// `*err` (or nowhere when null), each cut at `limit` bytes. Returns the exit
+// status (128 + the signal that ended it), or minus the errno value when it
+// could not be started (-ENOENT: no such program).
+int pl_run_capture(const std::vector<std::string> &argv, const std::vector<std::string> &env_extra,
+                   std::string &out, std::string *err, size_t limit);
+
+// ---- printing ------------------------------------------------------------------
+
+// A PDF document of the lines (A4, Courier 10, wrapped at the page's width,
+// a form feed starting a page) with `title` as its title. `utf8`: the lines
+// are UTF-8, else Latin-1 bytes. The same text always gives the same bytes.
+std::string pl_text_pdf(const std::vector<std::string> &lines, const std::string &title, bool utf8);
+
 // ---- requests from outside to end ---------------------------------------------
 
 // Hang-up, terminate, interrupt, quit and the two user signals: the handler

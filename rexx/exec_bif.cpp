@@ -280,3 +280,12 @@ rx_bif rx_find_bif(std::string_view name)
     if (std::strlen(r.name) == name.size() && std::memcmp(r.name, up, name.size()) == 0) return r.fn;
   return nullptr;
 }
+
+bool rx_builtin_ready(std::string_view name)
+{
+  std::string up(name), low(name);
+  for (char& c : up) c = (char)std::toupper((unsigned char)c);
+  for (char& c : low) c = (char)std::tolower((unsigned char)c);
+  return rx_find_bif(name) != nullptr || bu_lookup(name, BU_CASE_MIXED) != nullptr ||
+         bu_lookup(up, BU_CASE_UPPER) != nullptr || bu_lookup(low, BU_CASE_LOWER) != nullptr;
+}

@@ -384,3 +384,10 @@ std::string rx_find_program(const std::string& name, const std::string& xpath);
 // program itself can't be read or no installation directory is known.
 int rx_read_program(const std::string& path, const std::string& home,
                     rx_src& src, std::string& msgs);
+
+// ---------------------------------------------------------------------------
+// Built-in functions.
+
+// Whether a call of the built-in `name` (any case) finds a function: one of
+// the interpreter's own or a row of the library's table that has a handler.
+bool rx_builtin_ready(std::string_view name);

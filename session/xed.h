@@ -317,6 +317,10 @@ int xfprevfile();
 int xfnextfile();
 void xfdelfile();
 void xfsortring(int from, int to);
+// A read-only file of the ring holding `lines` made by the editor, named
+// `name` (its own text, not read from disk); one of that name already in the
+// ring is made current instead. Returns its index.
+int xfring_text(const std::string &name, const std::vector<std::string> &lines);
 void xfsession_reset();             // empty ring, one view (tests and start-up)
 void xfsession_end();               // the ring and the views freed: the session is over
 // A field's text: UTF-8 for a field of UTF-8 text, else a byte a cell.

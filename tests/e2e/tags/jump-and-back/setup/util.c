@@ -1,0 +1,7 @@
+/* helpers */
+#include <stdio.h>
+int count;
+int helper(int x)
+{
+    return x + 1;
+}
