@@ -64,7 +64,7 @@ int wait_child(child& c) {
   return c.code;
 }
 
-// The handle argument of WAITPID and STILL_ACTIVE.
+// The handle argument of WAITPID, STILL_ACTIVE and QPID.
 int handle_arg(bu_frame& f, child*& c) {
   long long h;
   if (!bu_has(f, 0) || rx_whole(*f.args[0], h) != 0)
@@ -194,12 +194,12 @@ int bu_kill(bu_frame& f, value& r) {
   return 0;
 }
 
-// QPID(pid): 1 when a process of that number exists.
+// QPID(handle): the process number of a started program, for KILL.
 int bu_qpid(bu_frame& f, value& r) {
   if (int e = bu_count(f, 1, 1)) return e;
-  long long pid;
-  if (int e = bu_whole(f, 0, 1, 0, pid)) return e;
-  r.set_num(kill((pid_t)pid, 0) == 0 || errno == EPERM ? 1 : 0, 0);
+  child* c;
+  if (int e = handle_arg(f, c)) return e;
+  r.set_num(c->pid, 0);
   return 0;
 }
 
