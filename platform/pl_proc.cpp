@@ -12,6 +12,22 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace {
+
+// In a child: the program of argv[0] (searched on PATH) replaces this one,
+// with SIGPIPE back to its default; returns only when exec failed.
+void exec_args(const std::vector<std::string> &argv)
+{
+    signal(SIGPIPE, SIG_DFL);
+    std::vector<char *> av;
+    for (const std::string &a : argv)
+        av.push_back(const_cast<char *>(a.c_str()));
+    av.push_back(nullptr);
+    execvp(av[0], av.data());
+}
+
+} // namespace
+
 // Starts `argv` in its own session with `dir` as its working directory and
 // does not wait for it: 0, or the errno value of the start.
 int pl_start_detached(const std::vector<std::string> &argv, const std::string &dir)
@@ -45,12 +61,7 @@ int pl_start_detached(const std::vector<std::string> &argv, const std::string &d
             (void)!write(pfd[1], &e, sizeof e);
             _exit(127);
         }
-        signal(SIGPIPE, SIG_DFL);
-        std::vector<char *> av;
-        for (const std::string &a : argv)
-            av.push_back(const_cast<char *>(a.c_str()));
-        av.push_back(nullptr);
-        execvp(av[0], av.data());
+        exec_args(argv);
         int e = errno;
         (void)!write(pfd[1], &e, sizeof e);
         _exit(127);
@@ -86,12 +97,7 @@ long long now_ms()
         dup2(nul, 0);
     dup2(out, 1);
     dup2(with_err ? out : (nul >= 0 ? nul : out), 2);
-    signal(SIGPIPE, SIG_DFL);
-    std::vector<char *> av;
-    for (const std::string &a : argv)
-        av.push_back(const_cast<char *>(a.c_str()));
-    av.push_back(nullptr);
-    execvp(av[0], av.data());
+    exec_args(argv);
     _exit(127);
 }
 

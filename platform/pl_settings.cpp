@@ -176,6 +176,15 @@ int write_values(const std::string &file, const std::vector<pl_value> &v)
     return err;
 }
 
+// The file or folder of a key, "" when the key cannot be named.
+std::string existing(const std::string &key)
+{
+    std::vector<std::string> p = parts(key);
+    if (p.empty() || pl_settings_dir().empty())
+        return "";
+    return key_path(p, p.size());
+}
+
 } // namespace
 
 std::string pl_settings_dir()
@@ -192,11 +201,8 @@ std::string pl_settings_dir()
 int pl_key_values(const std::string &key, std::vector<pl_value> &out)
 {
     out.clear();
-    std::vector<std::string> p = parts(key);
-    if (p.empty() || pl_settings_dir().empty())
-        return ENOENT;
-    std::string path = key_path(p, p.size());
-    int k = kind(path);
+    std::string path = existing(key);
+    int k = path.empty() ? 0 : kind(path);
     if (k == 0)
         return ENOENT;
     std::ifstream in(values_file(path));
@@ -221,11 +227,8 @@ int pl_key_values(const std::string &key, std::vector<pl_value> &out)
 int pl_key_subkeys(const std::string &key, std::vector<std::string> &out)
 {
     out.clear();
-    std::vector<std::string> p = parts(key);
-    if (p.empty() || pl_settings_dir().empty())
-        return ENOENT;
-    std::string path = key_path(p, p.size());
-    int k = kind(path);
+    std::string path = existing(key);
+    int k = path.empty() ? 0 : kind(path);
     if (k != 'd')
         return k == 0 ? ENOENT : 0;
     DIR *d = opendir(path.c_str());

@@ -240,26 +240,26 @@ int bu_unsetenv(bu_frame& f, value& r) {
   return 0;
 }
 
-// SLEEP(seconds) and SysSleep: the editor's events keep flowing.
-int bu_sleep(bu_frame& f, value& r) {
-  if (int e = bu_count(f, 1, 1)) return e;
-  long long s;
-  if (int e = bu_whole(f, 0, 0, 0, s)) return e;
-  bu_wait_ms(s * 1000);
-  r.set_num(0, 0);
-  return 0;
-}
+namespace {
 
-// USLEEP(microseconds)
-int bu_usleep(bu_frame& f, value& r) {
+// A wait of a whole number of units; short ones sleep outright, longer ones
+// keep the editor's events flowing and end on a halt.
+int pause(bu_frame& f, value& r, long long unit_us) {
   if (int e = bu_count(f, 1, 1)) return e;
-  long long us;
-  if (int e = bu_whole(f, 0, 0, 0, us)) return e;
+  long long n;
+  if (int e = bu_whole(f, 0, 0, 0, n)) return e;
+  long long us = n * unit_us;
   if (us < 50000) usleep((useconds_t)us);
   else bu_wait_ms((us + 999) / 1000);
   r.set_num(0, 0);
   return 0;
 }
+
+}  // namespace
+
+// SLEEP(seconds) and SysSleep, USLEEP(microseconds).
+int bu_sleep(bu_frame& f, value& r) { return pause(f, r, 1000000); }
+int bu_usleep(bu_frame& f, value& r) { return pause(f, r, 1); }
 
 // SETARG(n, value): argument n of the running routine becomes value (left
 // out when value is); ARG() sees the change.

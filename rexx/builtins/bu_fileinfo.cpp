@@ -183,28 +183,27 @@ int bu_getdiskspace(bu_frame& f, value& r) {
   return 0;
 }
 
-// READLINK(path): what a symbolic link holds; RC 0, or -1 and "".
-int bu_readlink(bu_frame& f, value& r) {
+namespace {
+
+// What a symbolic link holds (only one to a folder when dirs_only); RC 0,
+// or -1 and "".
+int link_text(bu_frame& f, value& r, bool dirs_only) {
   if (int e = bu_count(f, 1, 1)) return e;
+  std::string p(bu_text(f, 0));
+  struct stat st;
   char buf[PATH_MAX];
-  ssize_t n = readlink(std::string(bu_text(f, 0)).c_str(), buf, sizeof buf);
+  bool fits = !dirs_only || (stat(p.c_str(), &st) == 0 && S_ISDIR(st.st_mode));
+  ssize_t n = fits ? readlink(p.c_str(), buf, sizeof buf) : -1;
   bu_set_rc(n < 0 ? -1 : 0);
   r.set_str(n < 0 ? "" : std::string(buf, (size_t)n));
   return 0;
 }
 
-// READJUNC(path): the folder a link to a folder stands for; RC -1 and ""
-// for anything else.
-int bu_readjunc(bu_frame& f, value& r) {
-  if (int e = bu_count(f, 1, 1)) return e;
-  std::string p(bu_text(f, 0));
-  struct stat st;
-  char buf[PATH_MAX];
-  ssize_t n = stat(p.c_str(), &st) == 0 && S_ISDIR(st.st_mode) ? readlink(p.c_str(), buf, sizeof buf) : -1;
-  bu_set_rc(n < 0 ? -1 : 0);
-  r.set_str(n < 0 ? "" : std::string(buf, (size_t)n));
-  return 0;
-}
+}  // namespace
+
+// READLINK(path), and READJUNC(path) for a link to a folder.
+int bu_readlink(bu_frame& f, value& r) { return link_text(f, r, false); }
+int bu_readjunc(bu_frame& f, value& r) { return link_text(f, r, true); }
 
 // FOLLOW(path): the path with every link resolved; RC 0, or -1 and the
 // path as given.
