@@ -17,6 +17,7 @@
 #include <unistd.h>
 
 #include "platform/platform.h"
+#include "rexx/builtins/bu_system.h"
 #include "rexx/exec_int.h"
 
 namespace {

@@ -16,7 +16,7 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-#include "rexx/builtins/builtins.h"
+#include "rexx/builtins/bu_system.h"
 
 namespace {
 
@@ -125,7 +125,7 @@ int bu_subdirs(bu_frame& f, value& r) {
 // FILEISLOCKED(file): 1 when another process holds a lock on it.
 int bu_fileislocked(bu_frame& f, value& r) {
   if (int e = bu_count(f, 1, 1)) return e;
-  int fd = open(std::string(bu_text(f, 0)).c_str(), O_RDONLY | O_CLOEXEC);
+  int fd = open(std::string(bu_text(f, 0)).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   bu_set_rc(fd < 0 ? errno : 0);
   struct flock l = {};
   l.l_type = F_WRLCK;

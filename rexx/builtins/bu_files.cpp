@@ -16,7 +16,7 @@
 #include <unistd.h>
 
 #include "platform/platform.h"
-#include "rexx/builtins/builtins.h"
+#include "rexx/builtins/bu_system.h"
 
 namespace {
 
@@ -50,10 +50,17 @@ int errno_result(value& r, int err) {
   return 0;
 }
 
-// The whole of a file into out, or false.
+// The whole of a plain file into out, or false (a pipe or a device could
+// keep the read waiting for ever).
 bool read_all(const std::string& p, std::string& out) {
-  int fd = open(p.c_str(), O_RDONLY | O_CLOEXEC);
+  int fd = open(p.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0) return false;
+  struct stat st;
+  if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    close(fd);
+    errno = EINVAL;
+    return false;
+  }
   char buf[65536];
   ssize_t n;
   out.clear();
@@ -78,7 +85,7 @@ bool same_content(const std::string& a, const std::string& b) {
 int copy_file(const std::string& from, const std::string& to, mode_t mode) {
   int in = open(from.c_str(), O_RDONLY | O_CLOEXEC);
   if (in < 0) return errno;
-  int out = open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode & 07777);
+  int out = open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, mode & 07777);
   if (out < 0) {
     int e = errno;
     close(in);
@@ -125,6 +132,10 @@ int copy_tree(const std::string& from, const std::string& to, int depth = 0) {
     int fails = 0;
     for (const std::string& n : names) fails += copy_tree(from + "/" + n, to + "/" + n, depth + 1);
     return fails;
+  }
+  if (!S_ISREG(st.st_mode)) {
+    bu_message("Unable to copy \"" + from + "\": not a plain file");
+    return 1;
   }
   if (same_content(from, to)) {
     bu_message("\"" + from + "\" and \"" + to + "\" are identical (not copied).");

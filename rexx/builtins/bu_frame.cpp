@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "rexx/builtins/builtins.h"
+#include "rexx/builtins/bu_system.h"
 
 // One row per name; a family that is not built in yet has a null handler,
 // and filling it in is the only edit a new built-in needs.

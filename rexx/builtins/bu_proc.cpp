@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 #include "platform/platform.h"
-#include "rexx/builtins/builtins.h"
+#include "rexx/builtins/bu_system.h"
 
 namespace {
 

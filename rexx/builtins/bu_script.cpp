@@ -16,7 +16,7 @@
 #include <unistd.h>
 
 #include "platform/platform.h"
-#include "rexx/builtins/builtins.h"
+#include "rexx/builtins/bu_system.h"
 
 namespace {
 

@@ -19,7 +19,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "rexx/builtins/builtins.h"
+#include "rexx/builtins/bu_system.h"
 
 namespace {
 

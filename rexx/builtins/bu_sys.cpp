@@ -21,7 +21,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "rexx/builtins/builtins.h"
+#include "rexx/builtins/bu_system.h"
 
 namespace {
 

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <poll.h>
 
+#include "rexx/builtins/bu_system.h"
 #include "rexx/exec_int.h"
 
 int bu_stem(bu_frame& f, int i, std::string& stem) {

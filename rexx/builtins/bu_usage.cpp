@@ -11,7 +11,7 @@
 #include <vector>
 #include <algorithm>
 
-#include "rexx/builtins/builtins.h"
+#include "rexx/builtins/bu_system.h"
 
 namespace {
 

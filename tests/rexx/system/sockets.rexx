@@ -72,8 +72,6 @@ call check socksock_errno(), 9
 /* lookups */
 call check sockgethostbyname('localhost', 'h.'), 1
 call check h.addr, '127.0.0.1'
-call check sockgethostbyname('no-such-host.invalid', 'h.'), 0
-call check wordpos(h_errno, 'HOST_NOT_FOUND TRY_AGAIN NO_RECOVERY NO_DATA') > 0, 1
 /* argument faults */
 signal on syntax name unix
 x = socket('AF_UNIX', 'SOCK_STREAM', 0); call check 'no error', 'error'
