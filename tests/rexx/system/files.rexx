@@ -27,7 +27,7 @@ call check rc, 2
 call check word(state(t'/moved.txt'), 1) word(state(t'/moved.txt'), 2), 'F 6'
 call check ln(t'/moved.txt', t'/link'), 0
 call check readlink(t'/link') rc, t'/moved.txt 0'
-call check readlink(t'/moved.txt') rc, '-1'
+call check readlink(t'/moved.txt') rc, ' -1'
 call check follow(t'/copy/../link'), t'/moved.txt'
 call check word(lstate(t'/link'), 1), 'L'
 call check word(state(t'/link'), 1), 'F'
@@ -36,7 +36,7 @@ call check word(state(t'/link'), 1), 'L'
 call check dofollow('ON'), 'OFF'
 call check ln(t'/a', t'/dirlink'), 0
 call check readjunc(t'/dirlink'), t'/a'
-call check readjunc(t'/link') rc, '-1'
+call check readjunc(t'/link') rc, ' -1'
 call check word(statew(t'/a'), 1), 'D'
 call check fn('/x/y/name.tar.gz') ft('/x/y/name.tar.gz') fd('/x/y/name.tar.gz'), 'name.tar gz /x/y'
 call check fn('.profile') ft('.profile') fd('/top'), '.profile  /'

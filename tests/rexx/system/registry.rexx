@@ -18,7 +18,7 @@ call check registry_get(hk, 'SOFTWARE\Test', 'Name') rc, 'replaced 0'
 call check registry_values(hk, 'SOFTWARE\Test', 'v.'), 0
 call check v.0, 6
 call check v.1 '/' v.1.value, 'Name / replaced'
-call check v.5 '/' v.5.value, '/ the default'
+call check v.5 '/' v.5.value, ' / the default'
 /* a key with values gains a subkey and keeps its values */
 call check registry_set(hk, 'SOFTWARE\Test\Sub key', 'x', 1), 0
 call check registry_set(hk, 'SOFTWARE\Test\.hidden', 'y', 2), 0
