@@ -14,15 +14,22 @@
 
 namespace {
 
-// In a child: the program of argv[0] (searched on PATH) replaces this one,
-// with SIGPIPE back to its default; returns only when exec failed.
-void exec_args(const std::vector<std::string> &argv)
+// The argument vector made before the fork: a child of a process with
+// threads must not allocate.
+std::vector<char *> arg_vector(const std::vector<std::string> &argv)
 {
-    signal(SIGPIPE, SIG_DFL);
     std::vector<char *> av;
     for (const std::string &a : argv)
         av.push_back(const_cast<char *>(a.c_str()));
     av.push_back(nullptr);
+    return av;
+}
+
+// In a child: the program of av[0] (searched on PATH) replaces this one,
+// with SIGPIPE back to its default; returns only when exec failed.
+void exec_args(const std::vector<char *> &av)
+{
+    signal(SIGPIPE, SIG_DFL);
     execvp(av[0], av.data());
 }
 
@@ -35,6 +42,7 @@ int pl_start_detached(const std::vector<std::string> &argv, const std::string &d
     int pfd[2];
     if (pipe2(pfd, O_CLOEXEC) != 0)
         return errno;
+    std::vector<char *> av = arg_vector(argv);
     pid_t mid = fork();
     if (mid < 0) {
         int e = errno;
@@ -61,7 +69,7 @@ int pl_start_detached(const std::vector<std::string> &argv, const std::string &d
             (void)!write(pfd[1], &e, sizeof e);
             _exit(127);
         }
-        exec_args(argv);
+        exec_args(av);
         int e = errno;
         (void)!write(pfd[1], &e, sizeof e);
         _exit(127);
@@ -89,7 +97,7 @@ long long now_ms()
 
 // The child's side: its own process group, standard input from /dev/null,
 // output and error into the pipe (error to /dev/null when not wanted).
-[[noreturn]] void child(const std::vector<std::string> &argv, int out, bool with_err)
+[[noreturn]] void child(const std::vector<char *> &av, int out, bool with_err)
 {
     setpgid(0, 0);
     int nul = open("/dev/null", O_RDWR);
@@ -97,7 +105,7 @@ long long now_ms()
         dup2(nul, 0);
     dup2(out, 1);
     dup2(with_err ? out : (nul >= 0 ? nul : out), 2);
-    exec_args(argv);
+    exec_args(av);
     _exit(127);
 }
 
@@ -111,6 +119,7 @@ int pl_run_capture(const std::vector<std::string> &argv, std::string &out, const
     int pfd[2];
     if (pipe2(pfd, O_CLOEXEC) != 0)
         return -errno;
+    std::vector<char *> av = arg_vector(argv);
     pid_t pid = fork();
     if (pid < 0) {
         int e = errno;
@@ -119,7 +128,7 @@ int pl_run_capture(const std::vector<std::string> &argv, std::string &out, const
         return -e;
     }
     if (pid == 0)
-        child(argv, pfd[1], o.with_stderr);
+        child(av, pfd[1], o.with_stderr);
     close(pfd[1]);
     long long end = o.timeout_ms >= 0 ? now_ms() + o.timeout_ms : -1;
     bool open_pipe = true, stopped = false;
