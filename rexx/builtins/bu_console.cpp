@@ -83,6 +83,24 @@ constexpr folder_row folders[] = {
     {"PrintHood", nullptr},
 };
 
+// The default route's gateway of an interface from /proc/net/route
+// ("0.0.0.0" when it has none).
+std::string gateway(const std::string& ifname) {
+  std::ifstream in("/proc/net/route");
+  std::string line;
+  std::getline(in, line);  // the heading
+  while (std::getline(in, line)) {
+    char name[64];
+    unsigned dest, gw;
+    if (sscanf(line.c_str(), "%63s %x %x", name, &dest, &gw) != 3 || ifname != name || dest != 0) continue;
+    in_addr a;
+    a.s_addr = gw;  // the kernel writes it in network order
+    char buf[INET_ADDRSTRLEN];
+    return inet_ntop(AF_INET, &a, buf, sizeof buf) ? buf : "0.0.0.0";
+  }
+  return "0.0.0.0";
+}
+
 }  // namespace
 
 // ASKCONS([prompt]): a line typed on the console; the wait ends on a halt.
@@ -129,7 +147,7 @@ int bu_activatekeyboardlayout(bu_frame& f, value& r) {
 }
 
 // GetAdaptersInfo(stem): one entry per network interface, with its index,
-// name, hardware address, type, and first IPv4 address and mask.
+// name, hardware address, type, first IPv4 address and mask, and gateway.
 int bu_getadaptersinfo(bu_frame& f, value& r) {
   if (int e = bu_count(f, 1, 1)) return e;
   std::string stem;
@@ -173,6 +191,7 @@ int bu_getadaptersinfo(bu_frame& f, value& r) {
     bu_set_var(bu_tail(at, "Type"), ad.flags & IFF_LOOPBACK ? "LOOPBACK" : ad.mac.empty() ? "OTHER" : "ETHERNET");
     bu_set_var(bu_tail(at, "IpAddress"), ad.ip.empty() ? "0.0.0.0" : ad.ip);
     bu_set_var(bu_tail(at, "IpMask"), ad.mask.empty() ? "0.0.0.0" : ad.mask);
+    bu_set_var(bu_tail(at, "GatewayAddress"), gateway(name));
   }
   bu_set_var(stem + "0", std::to_string(n));
   r.set_num(0, 0);

@@ -19,6 +19,7 @@ do i = 1 to ad.0; if ad.i.type = 'LOOPBACK' then lo = i; end
 call check lo > 0, 1
 call check ad.lo.ipaddress ad.lo.ipmask, '127.0.0.1 255.0.0.0'
 call check ad.lo.adaptername \== '' & datatype(ad.lo.comboindex, 'W'), 1
+call check ad.lo.gatewayaddress, '0.0.0.0'
 call check hostname() \== '', 1
 call check arch(), 'linux'
 call check stream(xhome()'/molba', 'c', 'query exists') \== '', 1
