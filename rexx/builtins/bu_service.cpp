@@ -132,6 +132,17 @@ constexpr word_row error_controls[] = {
     {"SERVICE_ERROR_IGNORE", "Restart=no"},        {"SERVICE_ERROR_NORMAL", "Restart=on-failure"},
     {"SERVICE_ERROR_SEVERE", "Restart=on-failure"}, {"SERVICE_ERROR_CRITICAL", "Restart=always"},
 };
+constexpr word_row accesses[] = {
+    {"SERVICE_ALL_ACCESS", ""},   {"SERVICE_CHANGE_CONFIG", ""}, {"SERVICE_ENUMERATE_DEPENDENTS", ""},
+    {"SERVICE_INTERROGATE", ""},  {"SERVICE_PAUSE_CONTINUE", ""}, {"SERVICE_QUERY_CONFIG", ""},
+    {"SERVICE_QUERY_STATUS", ""}, {"SERVICE_START", ""},         {"SERVICE_STOP", ""},
+    {"SERVICE_USER_DEFINED_CONTROL", ""}, {"DELETE", ""},        {"GENERIC_READ", ""},
+    {"GENERIC_WRITE", ""},        {"GENERIC_EXECUTE", ""},       {"GENERIC_ALL", ""},
+};
+constexpr word_row service_types[] = {
+    {"SERVICE_WIN32_OWN_PROCESS", ""},   {"SERVICE_WIN32_SHARE_PROCESS", ""}, {"SERVICE_KERNEL_DRIVER", ""},
+    {"SERVICE_FILE_SYSTEM_DRIVER", ""},  {"SERVICE_INTERACTIVE_PROCESS", ""},
+};
 constexpr const char* arg_names[] = {"lpServiceName",   "lpDisplayName",   "dwDesiredAccess", "dwServiceType",
                                      "dwStartType",     "dwErrorControl",  "lpBinaryPathName", "lpLoadOrderGroup",
                                      "lpDependencies",  "lpServiceStartName", "lpPassword"};
@@ -143,6 +154,19 @@ const word_row* find_word(const word_row (&rows)[N], std::string_view w) {
   for (const word_row& r : rows)
     if (u == r.word) return &r;
   return nullptr;
+}
+
+// Words joined by '|' (or blanks), each one of the table's.
+template <size_t N>
+bool all_words(const word_row (&rows)[N], std::string_view t) {
+  bool any = false;
+  for (size_t b = 0; (b = t.find_first_not_of(" |", b)) != std::string_view::npos;) {
+    size_t e = t.find_first_of(" |", b);
+    if (!find_word(rows, t.substr(b, e == std::string_view::npos ? std::string_view::npos : e - b))) return false;
+    any = true;
+    b = e;
+  }
+  return any;
 }
 
 int bad(bu_frame& f, int i) {
@@ -160,6 +184,8 @@ int bu_service_create(bu_frame& f, value& r) {
   if (!good_name(name)) return bad(f, 0);
   const word_row* start = find_word(start_types, bu_text(f, 4));
   const word_row* errc = find_word(error_controls, bu_text(f, 5));
+  if (!all_words(accesses, bu_text(f, 2))) return bad(f, 2);
+  if (!all_words(service_types, bu_text(f, 3))) return bad(f, 3);
   if (!start) return bad(f, 4);
   if (!errc) return bad(f, 5);
   if (bin.empty() || bin.find('\n') != std::string_view::npos) return bad(f, 6);

@@ -34,11 +34,15 @@ calls = home'/services/calls'
 do while lines(calls) > 0; last = linein(calls); if wordpos('enable', last) > 0 then enabled = last; end
 call check enabled, 'enable mine.service'
 signal on syntax name badstart
-x = service_create('x', 'x', 'a', 'b', 'SERVICE_SOMETIMES', 'SERVICE_ERROR_NORMAL', '/bin/x'); call check 'no error', 'error'
+x = service_create('x', 'x', 'SERVICE_START|SERVICE_STOP', 'SERVICE_WIN32_OWN_PROCESS', 'SERVICE_SOMETIMES', 'SERVICE_ERROR_NORMAL', '/bin/x'); call check 'no error', 'error'
 badstart: call check condition('D'), 'SERVICE_CREATE(): dwStartType is invalid: "SERVICE_SOMETIMES".'
 signal on syntax name few
 x = service_create('x', 'x', 'a', 'b', 'c', 'd'); call check 'no error', 'error'
 few: call check condition('D'), 'SERVICE_CREATE(): must receive 7 to 11 arguments.'
+signal on syntax name access
+x = service_create('x', 'x', 'SERVICE_START|FLY', 'SERVICE_WIN32_OWN_PROCESS', 'SERVICE_DEMAND_START',,
+  'SERVICE_ERROR_NORMAL', '/bin/x'); call check 'no error', 'error'
+access: call check condition('D'), 'SERVICE_CREATE(): dwDesiredAccess is invalid: "SERVICE_START|FLY".'
 say 'ok' n - fails 'of' n
 exit
 check: n = n + 1
