@@ -572,6 +572,6 @@ int bu_sockpsock_errno(bu_frame& f, value& r) {
   if (int e = bu_count(f, 0, 1)) return e;
   std::string t(bu_text(f, 0));
   bu_message((t.empty() ? "" : t + ": ") + strerror(last_err));
-  (void)r;
-  return BU_NORESULT;
+  r.set_str("", 0);
+  return 0;
 }
