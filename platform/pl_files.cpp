@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <dirent.h>
+#include <vector>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -95,4 +97,29 @@ std::string pl_state_dir(const std::string &sub)
             return "";
     }
     return d + "/";
+}
+
+int pl_remove_tree(const std::string &path)
+{
+    struct stat st;
+    if (lstat(path.c_str(), &st) != 0)
+        return errno;
+    if (!S_ISDIR(st.st_mode))
+        return unlink(path.c_str()) == 0 ? 0 : errno;
+    int err = 0;
+    if (DIR *d = opendir(path.c_str())) {
+        std::vector<std::string> names;
+        while (dirent *e = readdir(d))
+            if (std::strcmp(e->d_name, ".") != 0 && std::strcmp(e->d_name, "..") != 0)
+                names.push_back(e->d_name);
+        closedir(d);
+        for (const std::string &n : names)
+            if (int e = pl_remove_tree(path + "/" + n); e && !err)
+                err = e;
+    } else {
+        err = errno;
+    }
+    if (rmdir(path.c_str()) != 0 && !err)
+        err = errno;
+    return err;
 }

@@ -30,6 +30,10 @@ int pl_write_all(int fd, const void *data, size_t n);
 // of ours that only we can enter.
 std::string pl_state_dir(const std::string &sub);
 
+// Removes a file, or a folder with everything under it, never following a
+// link out of it: 0, or the errno value of the first failure.
+int pl_remove_tree(const std::string &path);
+
 // The SHA-256 digest of `data` in 64 lower-case hexadecimal digits.
 std::string pl_sha256(const std::string &data);
 
@@ -113,3 +117,40 @@ std::string pl_base64(const std::string &bytes);
 // that received it puts it here, the read cycle takes it once.
 void pl_paste_put(const std::string &text);
 bool pl_paste_take(std::string &out);
+
+// ---- child processes --------------------------------------------------------------
+
+// Starts `argv` in its own session with `dir` as its working directory and
+// does not wait for it: 0, or the errno value of the start.
+int pl_start_detached(const std::vector<std::string> &argv, const std::string &dir);
+
+struct pl_run_opts {
+    int timeout_ms = -1;            // the program is killed after this; -1 never
+    bool (*stop)() = nullptr;       // asked while waiting: true kills the program
+    bool with_stderr = true;        // error output gathered with the output
+    size_t max_out = 64u << 20;     // output beyond this is read and dropped
+};
+// Runs `argv` (searched on PATH) in its own process group with standard
+// input from /dev/null, gathering its output: the exit status (128 + the
+// signal for one killed), 127 when it could not be started, or minus an
+// errno value (-ETIMEDOUT when killed for the time or the stop).
+int pl_run_capture(const std::vector<std::string> &argv, std::string &out, const pl_run_opts &o);
+
+// ---- the settings store --------------------------------------------------------
+
+// Keys are written with backslashes, their first part a root such as
+// HKEY_CURRENT_USER; values are texts under names ("" is the key's default).
+struct pl_value {
+    std::string name;  // the value's name
+    std::string text;  // its text
+};
+// `$XDG_CONFIG_HOME/vorta` or `~/.config/vorta`; "" with no home.
+std::string pl_settings_dir();
+// The key's values in the order written: 0, ENOENT for no such key.
+int pl_key_values(const std::string &key, std::vector<pl_value> &out);
+// The names of the key's subkeys, sorted: 0, ENOENT for no such key.
+int pl_key_subkeys(const std::string &key, std::vector<std::string> &out);
+// Makes the key and its parents where missing and replaces its values.
+int pl_key_put(const std::string &key, const std::vector<pl_value> &values);
+// Removes the key with its subkeys: 0, ENOENT, or another errno value.
+int pl_key_delete(const std::string &key);

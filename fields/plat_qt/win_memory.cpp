@@ -1,17 +1,13 @@
-// Window memory: a key of the settings store for each screen size, a file of
-// "name=value" lines under $XDG_CONFIG_HOME/vorta/, and the fallback key
-// "0x0". Written whole to a new file and renamed, so a crash never leaves
-// half a key; read leniently, so a damaged key only loses its values.
+// Window memory: a key of the settings store for each screen size, and the
+// fallback key "0x0"; a damaged key only loses its values.
 #include "fields/plat_qt/plat_qt.h"
+#include "platform/platform.h"
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <vector>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -35,23 +31,14 @@ std::string key(int sw, int sh) {
   return b;
 }
 
-bool mkdirs(const std::string &path) {
-  for (size_t i = 1; i <= path.size(); i++)
-    if (i == path.size() || path[i] == '/') {
-      std::string p = path.substr(0, i);
-      if (mkdir(p.c_str(), 0700) != 0 && errno != EEXIST) return false;
-    }
-  return true;
-}
+const char KEY[] = "HKEY_CURRENT_USER\\SOFTWARE\\NORDAVEN\\VORTA\\";
 
 // Fills what m still lacks from one key.
-void readkey(const std::string &file, qw_memory &m) {
-  std::ifstream in(file);
-  std::string line;
-  while (in && std::getline(in, line)) {
-    size_t eq = line.find('=');
-    if (eq == std::string::npos) continue;
-    std::string name = line.substr(0, eq), v = line.substr(eq + 1);
+void readkey(const std::string &k, qw_memory &m) {
+  std::vector<pl_value> vals;
+  if (pl_key_values(KEY + k, vals) != 0) return;
+  for (const pl_value &pv : vals) {
+    const std::string &name = pv.name, &v = pv.text;
     int a, b;
     if (name == "Wp" && !m.has_pos) {
       size_t sp = v.find(' ');
@@ -71,47 +58,26 @@ void readkey(const std::string &file, qw_memory &m) {
 }  // namespace
 
 std::string qw_memdir() {
-  const char *x = getenv("XDG_CONFIG_HOME");
-  std::string base;
-  if (x && *x == '/') base = x;
-  else if (const char *h = getenv("HOME"); h && *h) base = std::string(h) + "/.config";
-  else return "";
-  return base + "/vorta/HKEY_CURRENT_USER/SOFTWARE/NORDAVEN/VORTA";
+  std::string d = pl_settings_dir();
+  return d.empty() ? d : d + "/HKEY_CURRENT_USER/SOFTWARE/NORDAVEN/VORTA";
 }
 
 qw_memory qw_memread(int sw, int sh) {
   qw_memory m;
-  std::string dir = qw_memdir();
-  if (dir.empty()) return m;
-  readkey(dir + "/" + key(sw, sh), m);
-  readkey(dir + "/" + key(0, 0), m);
+  readkey(key(sw, sh), m);
+  readkey(key(0, 0), m);
   return m;
 }
 
 bool qw_memwrite(int sw, int sh, const qw_memory &m) {
-  std::string dir = qw_memdir();
-  if (dir.empty() || !mkdirs(dir)) return false;
-  std::string text;
+  std::vector<pl_value> vals;
   char b[64];
-  if (m.has_pos) snprintf(b, sizeof b, "Wp=%d %d\n", m.left, m.top), text += b;
-  if (m.cols) snprintf(b, sizeof b, "Ww=%d\n", m.cols), text += b;
-  if (m.lines) snprintf(b, sizeof b, "Wh=%d\n", m.lines), text += b;
-  if (!m.font.empty()) text += "Wt=" + m.font + "\n";
+  if (m.has_pos) snprintf(b, sizeof b, "%d %d", m.left, m.top), vals.push_back({"Wp", b});
+  if (m.cols) vals.push_back({"Ww", std::to_string(m.cols)});
+  if (m.lines) vals.push_back({"Wh", std::to_string(m.lines)});
+  if (!m.font.empty()) vals.push_back({"Wt", m.font});
   bool ok = true;
-  for (const std::string &k : {key(sw, sh), key(0, 0)}) {
-    std::string file = dir + "/" + k, tmp = file + ".new";
-    FILE *f = fopen(tmp.c_str(), "w");
-    if (!f) {
-      ok = false;
-      continue;
-    }
-    bool w = fwrite(text.data(), 1, text.size(), f) == text.size();
-    w = fclose(f) == 0 && w;
-    if (!w || rename(tmp.c_str(), file.c_str()) != 0) {
-      unlink(tmp.c_str());
-      ok = false;
-    }
-  }
+  for (const std::string &k : {key(sw, sh), key(0, 0)}) ok = pl_key_put(KEY + k, vals) == 0 && ok;
   return ok;
 }
 

@@ -21,22 +21,12 @@
 #include <unistd.h>
 #include <vector>
 
-#include "rexx/builtins/builtins.h"
+#include "rexx/builtins/bu_system.h"
 
 namespace {
 
 int errno_result(value& r, bool ok) {
   r.set_num(ok ? 0 : errno, 0);
-  return 0;
-}
-
-// A stem argument as a name ending in a dot, folded to the symbol case.
-int stem_arg(bu_frame& f, int i, std::string& stem) {
-  stem = bu_symbol_case(bu_text(f, i));
-  if (stem.empty() || stem.back() != '.') stem += '.';
-  std::string base = stem.substr(0, stem.size() - 1);
-  if (base.empty() || base.find('.') != std::string::npos || !bu_valid_symbol(base))
-    return bu_fail(f, i, "\"" + std::string(bu_text(f, i)) + "\" is not a valid REXX symbol.");
   return 0;
 }
 
@@ -160,7 +150,7 @@ int bu_syssetpriority(bu_frame& f, value& r) {
 int bu_sysfilesearch(bu_frame& f, value& r) {
   if (int e = bu_count(f, 3, 4)) return e;
   std::string stem;
-  if (int e = stem_arg(f, 2, stem)) return e;
+  if (int e = bu_stem(f, 2, stem)) return e;
   std::string opts = bu_has(f, 3) ? std::string(bu_text(f, 3)) : "";
   bool exact = false, numbers = false;
   for (char c : opts) {
@@ -251,7 +241,7 @@ void walk(tree_walk& w, const std::string& dir, const std::string& pattern) {
 int bu_sysfiletree(bu_frame& f, value& r) {
   if (int e = bu_count(f, 2, 3)) return e;
   tree_walk w;
-  if (int e = stem_arg(f, 1, w.stem)) return e;
+  if (int e = bu_stem(f, 1, w.stem)) return e;
   std::string opts = bu_has(f, 2) ? std::string(bu_text(f, 2)) : "";
   for (char c : opts) {
     switch (toupper((unsigned char)c)) {
@@ -292,7 +282,7 @@ int bu_mklistfiles(bu_frame& f, value& r) {
   if (int e = bu_whole(f, 1, 1, 1, depth)) return e;
   if (int e = bu_whole(f, 4, 1, 999999999, max)) return e;
   std::string stem;
-  if (int e = stem_arg(f, 2, stem)) return e;
+  if (int e = bu_stem(f, 2, stem)) return e;
   std::string dir(bu_text(f, 0)), pattern = bu_has(f, 3) ? std::string(bu_text(f, 3)) : "*";
   struct stat sb;
   if (stat(dir.c_str(), &sb) != 0 || !S_ISDIR(sb.st_mode)) {

@@ -23,7 +23,10 @@ if [ -f "$stem.args" ]; then
 fi
 input=/dev/null
 [ -f "$stem.in" ] && input="$stem.in"
-(cd "$dir" && HOME="$work" "$molba" "$base.rexx" "${args[@]}" <"$input" >"$work/stdout" 2>"$work/stderr")
+# The user's folders all fall under the work folder: nothing a program
+# writes to its settings, Trash or unit files reaches the real ones.
+(cd "$dir" && env -u XDG_CONFIG_HOME -u XDG_DATA_HOME -u XDG_STATE_HOME -u XDG_CACHE_HOME \
+  -u SYSTEMD_UNIT_PATH HOME="$work" "$molba" "$base.rexx" "${args[@]}" <"$input" >"$work/stdout" 2>"$work/stderr")
 rc=$?
 fail=0
 if [ -f "$stem.rc" ]; then
