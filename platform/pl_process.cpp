@@ -1,0 +1,334 @@
+// Child processes: starting a shell command with pipes on its input and
+// output, reading and writing them without blocking, ending a child and the
+// whole group it may have started, and the descriptors that a screen's wait
+// polls beside its own input so that a child's output arrives while the user
+// types.
+#include "platform/platform.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace {
+
+void close_fd(int &fd)
+{
+    if (fd >= 0)
+        close(fd);
+    fd = -1;
+}
+
+void close_pair(int p[2])
+{
+    close_fd(p[0]);
+    close_fd(p[1]);
+}
+
+// What the child does between fork and exec: only calls that are safe there.
+[[noreturn]] void child_side(const std::vector<char *> &argv, int flags, int in[2], int out[2], int err[2])
+{
+    if (flags & PL_GROUP)
+        setpgid(0, 0);
+    if (flags & PL_FEED) {
+        dup2(in[0], 0);
+    } else if (!(flags & PL_KEEPIN)) {
+        int nul = open("/dev/null", O_RDONLY);
+        if (nul >= 0)
+            dup2(nul, 0);
+    }
+    if (flags & PL_CAPTURE) {
+        dup2(out[1], 1);
+        dup2(out[1], 2);
+    }
+    // Restore what the editor changed for itself: a child sees the usual
+    // defaults (exec resets caught signals, not ignored ones or the mask).
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    signal(SIGPIPE, SIG_DFL);
+    signal(SIGINT, SIG_DFL);
+    signal(SIGQUIT, SIG_DFL);
+    signal(SIGTSTP, SIG_DFL);
+    execvp(argv[0], argv.data());
+    int e = errno;
+    (void)!write(err[1], &e, sizeof e);
+    _exit(127);
+}
+
+struct watch {
+    int fd;                 // descriptor polled for input or its end
+    void (*ready)(void *);  // called when it is readable or closed
+    void *ctx;              // handed to ready
+};
+std::vector<watch> watches; // in order of addition
+
+} // namespace
+
+int pl_spawn(const std::vector<std::string> &argv, int flags, pl_child &c)
+{
+    c = pl_child{};
+    if (argv.empty())
+        return EINVAL;
+    int in[2] = {-1, -1}, out[2] = {-1, -1}, err[2] = {-1, -1};
+    if (((flags & PL_FEED) && pipe2(in, O_CLOEXEC) != 0) || ((flags & PL_CAPTURE) && pipe2(out, O_CLOEXEC) != 0) ||
+        pipe2(err, O_CLOEXEC) != 0) {
+        int e = errno;
+        close_pair(in);
+        close_pair(out);
+        close_pair(err);
+        return e;
+    }
+    std::vector<char *> av;
+    for (const std::string &a : argv)
+        av.push_back(const_cast<char *>(a.c_str()));
+    av.push_back(nullptr);
+    pid_t pid = fork();
+    if (pid < 0) {
+        int e = errno;
+        close_pair(in);
+        close_pair(out);
+        close_pair(err);
+        return e;
+    }
+    if (pid == 0)
+        child_side(av, flags, in, out, err);
+    // Set on both sides: whichever runs first, the group exists before a
+    // signal is sent to it.
+    if (flags & PL_GROUP)
+        setpgid(pid, pid);
+    close_fd(in[0]);
+    close_fd(out[1]);
+    close_fd(err[1]);
+    int e = 0;
+    ssize_t n;
+    while ((n = read(err[0], &e, sizeof e)) < 0 && errno == EINTR) {
+    }
+    close_fd(err[0]);
+    if (n == (ssize_t)sizeof e) {
+        close_fd(in[1]);
+        close_fd(out[0]);
+        int st;
+        while (waitpid(pid, &st, 0) < 0 && errno == EINTR) {
+        }
+        return e ? e : ENOEXEC;
+    }
+    c.pid = pid;
+    c.group = (flags & PL_GROUP) != 0;
+    c.in = in[1];
+    c.out = out[0];
+    if (c.in >= 0)
+        fcntl(c.in, F_SETFL, fcntl(c.in, F_GETFL) | O_NONBLOCK);
+    if (c.out >= 0)
+        fcntl(c.out, F_SETFL, fcntl(c.out, F_GETFL) | O_NONBLOCK);
+    return 0;
+}
+
+std::vector<std::string> pl_shell_argv(const std::string &command)
+{
+    return {"/bin/sh", "-c", command};
+}
+
+std::string pl_shell_background(const std::string &command)
+{
+    return "(" + command + ") >/dev/null 2>&1 </dev/null &";
+}
+
+long pl_child_read(pl_child &c, std::string &into, size_t most)
+{
+    if (c.out < 0)
+        return 0;
+    size_t start = into.size();
+    for (;;) {
+        size_t room = std::min<size_t>(65536, most - (into.size() - start));
+        if (room == 0)
+            return (long)(into.size() - start);
+        size_t at = into.size();
+        into.resize(at + room);
+        ssize_t n = read(c.out, &into[at], room);
+        into.resize(at + (n > 0 ? (size_t)n : 0));
+        if (n > 0)
+            continue;
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n == 0 || (errno != EAGAIN && errno != EWOULDBLOCK)) {
+            close_fd(c.out);
+            return into.size() > start ? (long)(into.size() - start) : -1;
+        }
+        return (long)(into.size() - start);
+    }
+}
+
+size_t pl_child_write(pl_child &c, const char *data, size_t n)
+{
+    if (c.in < 0)
+        return 0;
+    size_t done = 0;
+    while (done < n) {
+        ssize_t w = write(c.in, data + done, n - done);
+        if (w > 0) {
+            done += (size_t)w;
+            continue;
+        }
+        if (w < 0 && errno == EINTR)
+            continue;
+        if (w < 0 && (errno == EAGAIN || errno == EWOULDBLOCK))
+            break;
+        // The child closed its input: what is left cannot be given to it.
+        close_fd(c.in);
+        return n;
+    }
+    return done;
+}
+
+void pl_child_close_input(pl_child &c) { close_fd(c.in); }
+
+bool pl_child_done(pl_child &c)
+{
+    if (c.pid <= 0)
+        return true;
+    int st = 0;
+    pid_t r;
+    while ((r = waitpid(c.pid, &st, WNOHANG)) < 0 && errno == EINTR) {
+    }
+    if (r == 0)
+        return false;
+    c.pid = -1;
+    if (r < 0) {
+        c.status = -1;
+        return true;
+    }
+    if (WIFEXITED(st)) {
+        c.status = WEXITSTATUS(st);
+    } else if (WIFSIGNALED(st)) {
+        c.signal = WTERMSIG(st);
+        c.status = 128 + c.signal;
+    }
+    return true;
+}
+
+void pl_child_stop(pl_child &c)
+{
+    if (c.pid <= 0)
+        return;
+    pid_t target = c.group ? -c.pid : c.pid;
+    kill(target, SIGTERM);
+    // A child that ignores the request gets a short grace, then the end it
+    // cannot refuse: a command that never ends never holds the editor.
+    for (int i = 0; i < 50 && !pl_child_done(c); i++) {
+        timespec t{0, 10 * 1000 * 1000};
+        nanosleep(&t, nullptr);
+    }
+    if (c.pid > 0) {
+        kill(target, SIGKILL);
+        while (!pl_child_done(c)) {
+            timespec t{0, 1000 * 1000};
+            nanosleep(&t, nullptr);
+        }
+    }
+}
+
+void pl_child_release(pl_child &c)
+{
+    close_fd(c.in);
+    close_fd(c.out);
+    if (c.pid > 0 && !pl_child_done(c))
+        pl_child_stop(c);
+}
+
+int pl_run_wait(const std::vector<std::string> &argv, int flags, bool (*stop)(), pl_child &c)
+{
+    if (int e = pl_spawn(argv, flags & ~(PL_FEED | PL_CAPTURE), c))
+        return e;
+    int fd = pl_child_exitfd(c);
+    for (int ms = 1; !pl_child_done(c);) {
+        if (stop && stop()) {
+            pl_child_stop(c);
+            break;
+        }
+        // The end of the child wakes the poll at once where the system can
+        // tell; otherwise the look grows rarer, up to five times a second.
+        pollfd p{fd, POLLIN, 0};
+        if (fd >= 0)
+            poll(&p, 1, 200);
+        else {
+            timespec t{0, ms * 1000L * 1000L};
+            nanosleep(&t, nullptr);
+            ms = std::min(ms * 2, 200);
+        }
+    }
+    if (fd >= 0)
+        close(fd);
+    return 0;
+}
+
+int pl_child_exitfd(const pl_child &c)
+{
+#ifdef SYS_pidfd_open
+    if (c.pid > 0) {
+        long fd = syscall(SYS_pidfd_open, c.pid, 0);
+        if (fd >= 0) {
+            fcntl((int)fd, F_SETFD, FD_CLOEXEC);
+            return (int)fd;
+        }
+    }
+#else
+    (void)c;
+#endif
+    return -1;
+}
+
+// ---- descriptors a screen's wait polls ------------------------------------------
+
+void pl_watch_add(int fd, void (*ready)(void *), void *ctx)
+{
+    pl_watch_remove(fd);
+    watches.push_back({fd, ready, ctx});
+}
+
+void pl_watch_remove(int fd)
+{
+    watches.erase(std::remove_if(watches.begin(), watches.end(), [fd](const watch &w) { return w.fd == fd; }),
+                  watches.end());
+}
+
+void pl_watch_fill(std::vector<pollfd> &p)
+{
+    for (const watch &w : watches)
+        p.push_back({w.fd, POLLIN, 0});
+}
+
+bool pl_watch_run(const pollfd *p, size_t n)
+{
+    // A ready call may add or remove watches: each fd is looked up again.
+    bool any = false;
+    for (size_t i = 0; i < n; i++) {
+        if (!(p[i].revents & (POLLIN | POLLHUP | POLLERR | POLLNVAL)))
+            continue;
+        for (size_t k = 0; k < watches.size(); k++)
+            if (watches[k].fd == p[i].fd) {
+                watch w = watches[k];
+                w.ready(w.ctx);
+                any = true;
+                break;
+            }
+    }
+    return any;
+}
+
+size_t pl_watch_count() { return watches.size(); }
+
+bool pl_watch_poll(int ms)
+{
+    std::vector<pollfd> p;
+    pl_watch_fill(p);
+    if (p.empty())
+        return false;
+    int n = poll(p.data(), p.size(), ms);
+    return n > 0 && pl_watch_run(p.data(), p.size());
+}
