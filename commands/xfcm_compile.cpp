@@ -126,6 +126,18 @@ void mark(const tl_hit &hit)
     xfsetfile(was);
 }
 
+std::string line_text(int oi, int32_t li);
+
+// Marks the errors of the output that name `name` (all of them when empty).
+void mark_all(int oi, const std::string &name)
+{
+    tl_hit hit;
+    int32_t n = files[(size_t)oi]->nbli();
+    for (int32_t li = 0; li < n; li++)
+        if (tl_rules_match(rules, src_ext, line_text(oi, li), hit) && (name.empty() || full_name(hit.file) == name))
+            mark(hit);
+}
+
 // Shows the error of output line `oli`: its source current in this view,
 // the cursor on the erring line, the output's current line at the message.
 int error_step(int oi, int32_t oli, const tl_hit &hit)
@@ -138,21 +150,25 @@ int error_step(int oi, int32_t oli, const tl_hit &hit)
     int fi = find_file(name);
     bool fresh = fi < 0;
     if (fresh) {
+        // A name in the output that is no file: nothing is made up for it.
+        struct stat st;
+        if (stat(name.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
+            return fail(22);
         if (xfedit(name) != 0 || (fi = find_file(name)) < 0) {
             cmd_rc = 1;
             return 1;
         }
+        // Loaded just now, so unchanged: its errors are marked as the
+        // compile would have marked them.
+        mark_all(oi, name);
+        if ((oi = find_file(out_name)) < 0)
+            return fail(139);
     }
     xfswitchto(fi);
     int k = xfpoint_find(label_of(hit.line));
-    int32_t li;
-    if (k >= 0)
-        li = xf->points[(size_t)k].li;
-    else if (fresh)
-        li = (int32_t)std::min<long>(hit.line, nbli()) - 1; // loaded just now: no edits yet
-    else
+    if (k < 0)
         return fail(166);
-    li = std::max<int32_t>(li, 0);
+    int32_t li = std::max<int32_t>(xf->points[(size_t)k].li, 0);
     curline() = li;
     xfcursor_file(li, 0);
     cmd_rc = 0;
@@ -176,9 +192,7 @@ int walk(bool from_start)
     tl_hit hit;
     if (from_start) {
         clear_labels();
-        for (int32_t li = 0; li < n; li++)
-            if (tl_rules_match(rules, src_ext, line_text(oi, li), hit))
-                mark(hit);
+        mark_all(oi, std::string());
         pos_of_view() = -1;
     }
     int32_t start = pos_of_view() + 1;

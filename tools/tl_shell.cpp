@@ -32,6 +32,7 @@ struct shellrun {
     std::string command;  // as the user gave it
     std::string partial;  // bytes after the last line feed
     bool echo = false;    // batch: each line to standard output too
+    bool async = false;   // taken by the screen's wait rather than a loop of the caller
     bool finished = false;
 };
 std::vector<std::unique_ptr<shellrun>> runs; // started and not yet finished
@@ -172,7 +173,8 @@ void on_output(void *ctx)
         return finish(r);
     r.exitfd = pl_child_exitfd(r.child);
     if (r.exitfd >= 0) {
-        pl_watch_add(r.exitfd, on_exit_ready, &r);
+        if (r.async)
+            pl_watch_add(r.exitfd, on_exit_ready, &r);
         return;
     }
     while (!pl_child_done(r.child)) {
@@ -341,6 +343,7 @@ int tl_xshell(const std::string &command, const std::string &source, const std::
     xfrun_reprofile();
     xfsetview(caller_view);
     if (!wait) {
+        run.async = true;
         pl_watch_add(run.child.out, on_output, &run);
         return 0;
     }
@@ -348,10 +351,13 @@ int tl_xshell(const std::string &command, const std::string &source, const std::
     // loop: the command's caller goes on only at its end.
     timespec last{};
     while (!run.finished) {
-        pollfd p{run.child.out, POLLIN, 0};
-        if (run.child.out >= 0)
-            poll(&p, 1, 100);
-        on_output(&run);
+        bool output = run.child.out >= 0;
+        pollfd p{output ? run.child.out : run.exitfd, POLLIN, 0};
+        poll(&p, p.fd >= 0 ? 1 : 0, 100);
+        if (output)
+            on_output(&run);
+        else if (run.exitfd >= 0)
+            on_exit_ready(&run);
         timespec now;
         clock_gettime(CLOCK_MONOTONIC, &now);
         if (!batch && fs_layer() && (now.tv_sec - last.tv_sec) * 1000 + (now.tv_nsec - last.tv_nsec) / 1000000 > 200) {
