@@ -72,10 +72,12 @@ int xfcm_shell(const xfcmd &c)
     std::string cmd = operand(c);
     if (cmd.empty())
         return xfbad();
-    bool amp = !batch && strip_amp(cmd);
+    // In batch the shell itself puts a command with '&' in the background.
+    std::string bare = cmd;
+    bool amp = strip_amp(bare);
     int status = 0, e = 0;
-    if (amp) {
-        e = background(cmd);
+    if (amp && !batch) {
+        e = background(bare);
     } else {
         if (fs_plat *l = batch ? nullptr : fs_layer())
             l->pointer(2);

@@ -15,6 +15,8 @@
 #include "session/xfpage.h"
 
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -232,11 +234,6 @@ bool is_dir(const std::string &d)
     return !d.empty() && stat(d.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-bool name_taken(const std::string &name)
-{
-    return in_ring(name);
-}
-
 // A fresh file of the ring under `name` holding `first` (at least one
 // line), made current in the view; one already there under that name goes
 // first, with the child still writing into it.
@@ -320,11 +317,14 @@ std::string tl_outname(const std::string &source, const std::string &window, con
 int tl_xshell(const std::string &command, const std::string &source, const std::string &window, bool wait)
 {
     sweep();
+    // The folder as the ring names files: absolute, so that a name
+    // compares with those already there.
     std::string msgdir = xfset_text("MESsagesdir");
-    if (!is_dir(msgdir))
-        msgdir.clear();
+    char *real = is_dir(msgdir) ? realpath(msgdir.c_str(), nullptr) : nullptr;
+    msgdir = real ? real : "";
+    std::free(real);
     long max = std::atol(xfset_text("XSHELLMax").c_str());
-    std::string name = tl_outname(source, window, own_dir(), msgdir, (int)max, name_taken);
+    std::string name = tl_outname(source, window, own_dir(), msgdir, (int)max, in_ring);
     int caller_view = xvidx;
     make_outfile(xfcanon(name), {command});
     xfmsg(105, 2);
@@ -372,7 +372,7 @@ int tl_xshell(const std::string &command, const std::string &source, const std::
 
 int tl_show_lines(const std::string &source, const std::string &window, const std::vector<std::string> &lines)
 {
-    std::string name = tl_outname(source.empty() ? own_dir() + "no_file" : source, window, own_dir(), std::string(), 1, name_taken);
+    std::string name = tl_outname(source.empty() ? own_dir() + "no_file" : source, window, own_dir(), std::string(), 1, in_ring);
     make_outfile(xfcanon(name), lines.empty() ? std::vector<std::string>{std::string()} : lines);
     return 0;
 }
