@@ -395,8 +395,8 @@ int tl_close_all()
     for (auto &r : runs)
         if (!r->finished) {
             if (r->child.out >= 0) {
-                pl_child_read(r->child, r->partial, SIZE_MAX);
                 pl_watch_remove(r->child.out);
+                pl_child_read(r->child, r->partial, SIZE_MAX);
             }
             if (r->exitfd >= 0) {
                 pl_watch_remove(r->exitfd);
