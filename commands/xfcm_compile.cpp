@@ -80,8 +80,9 @@ int read_rules(bool listed)
             path = p;
             break;
         }
-    rules_read = true;
+    // A file that failed is read again at the next compile.
     if (path.empty()) {
+        rules_read = true;
         if (listed)
             return fail(103);
         return 0;
@@ -97,6 +98,7 @@ int read_rules(bool listed)
         cmd_rc = 1;
         return 1;
     }
+    rules_read = true;
     return 0;
 }
 
