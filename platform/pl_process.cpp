@@ -168,6 +168,12 @@ size_t pl_child_write(pl_child &c, const char *data, size_t n)
 {
     if (c.in < 0)
         return 0;
+    // A child that has gone makes the write fail, not end us: the signal
+    // is held off for the call whatever the process does with it.
+    struct sigaction ign{}, old{};
+    ign.sa_handler = SIG_IGN;
+    sigemptyset(&ign.sa_mask);
+    sigaction(SIGPIPE, &ign, &old);
     size_t done = 0;
     while (done < n) {
         ssize_t w = write(c.in, data + done, n - done);
@@ -181,8 +187,9 @@ size_t pl_child_write(pl_child &c, const char *data, size_t n)
             break;
         // The child closed its input: what is left cannot be given to it.
         close_fd(c.in);
-        return n;
+        done = n;
     }
+    sigaction(SIGPIPE, &old, nullptr);
     return done;
 }
 
