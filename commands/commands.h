@@ -152,6 +152,10 @@ void xfhist_add(std::string_view line);
 // the history holds fewer.
 bool xfhist_get(size_t back, std::string &out);
 
+// A line no command took, given to the system as IMPcmscp says: run on
+// the terminal (ON, and always in batch) or in a shell window (XON).
+void xfimpcmscp_run(std::string_view line, int ctx1, int ctx2);
+
 // Queue operations used by the dispatcher.
 void xfqueue_clear();
 

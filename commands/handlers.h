@@ -206,3 +206,13 @@ int xfcm_coverlay(const xfcmd &c);
 int xfcm_cappend(const xfcmd &c);
 int xfcm_cfirst(const xfcmd &c);
 int xfcm_clast(const xfcmd &c);
+
+// Shell windows, filters and compiling.
+int xfcm_shell(const xfcmd &c);
+int xfcm_xshell(const xfcmd &c);
+int xfcm_xshowhistory(const xfcmd &c);
+int xfcm_closeconsole(const xfcmd &c);
+int xfcm_filter(const xfcmd &c);
+int xfcm_compile(const xfcmd &c);
+int xfcm_nexterror(const xfcmd &c);
+int xfcm_clearerrors(const xfcmd &c);

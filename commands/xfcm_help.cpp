@@ -332,9 +332,10 @@ int xfman_word(std::string_view ops)
     argv.push_back("--");
     argv.push_back(word);
     std::string out, err;
-    int rc = pl_run_capture(argv, {"MANWIDTH=" + std::to_string(width), "MANPAGER=cat", "PAGER=cat",
-                                   "MAN_KEEP_FORMATTING=", "GROFF_NO_SGR=1"},
-                            out, &err, (size_t)64 << 20);
+    pl_run_opts o;
+    o.env = {"MANWIDTH=" + std::to_string(width), "MANPAGER=cat", "PAGER=cat", "MAN_KEEP_FORMATTING=",
+             "GROFF_NO_SGR=1"};
+    int rc = pl_run_capture(argv, out, o, &err);
     if (rc == -ENOENT) {
         xfmsgs("..... The man command is not installed (Debian package man-db)", 1);
         cmd_rc = 1;

@@ -35,7 +35,10 @@ std::string printer()
         if (const char *p = std::getenv(v); p && *p)
             return p;
     std::string out;
-    if (pl_run_capture({"lpstat", "-d"}, {}, out, nullptr, 4096) != 0)
+    pl_run_opts o;
+    o.with_stderr = false;
+    o.max_out = 4096;
+    if (pl_run_capture({"lpstat", "-d"}, out, o) != 0)
         return "";
     size_t c = out.find("destination:");
     if (c == std::string::npos)
@@ -94,7 +97,9 @@ int to_printer(const std::string &dest, const std::vector<std::string> &lines, c
     int e = pl_write_all(fd, text.data(), text.size());
     close(fd);
     std::string out, err;
-    int rc = e ? -e : pl_run_capture({"lp", "-d", dest, "-t", title, "--", tmp}, {}, out, &err, 65536);
+    pl_run_opts o;
+    o.max_out = 65536;
+    int rc = e ? -e : pl_run_capture({"lp", "-d", dest, "-t", title, "--", tmp}, out, o, &err);
     unlink(tmp.c_str());
     if (rc == -ENOENT)
         return say("..... The lp command is not installed (Debian package cups-client)", 1, 1);

@@ -1,6 +1,7 @@
 // The selection commands: SELECTAll and S_Set make the selection, the S_
 // commands copy, cut, paste, fold, shift and search its text, and C_Find
-// looks for what the clipboard holds.
+// looks for what the clipboard holds; FILTer puts the selected text through
+// a command.
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
@@ -8,6 +9,7 @@
 #include "fields/fields.h"
 #include "platform/platform.h"
 #include "session/xed.h"
+#include "tools/tools.h"
 
 #include <algorithm>
 #include <cctype>
@@ -351,6 +353,68 @@ int xfcm_s_cut(const xfcmd &c)
 {
     xftrace("Commande xfcm_s_cut");
     return copy_or_cut(c, true);
+}
+
+// FILTer [time-out n] command: the selected text goes through the command
+// and its output takes the selection's place, in the selection's shape. The
+// text is changed only when the command succeeded in time.
+int xfcm_filter(const xfcmd &c)
+{
+    xftrace("Commande xfcm_filter");
+    std::string_view rest = c.ops(), before = rest;
+    long seconds = 0;
+    if (xffold(xfword(rest)) == "time-out") {
+        if (!xfnumber(xfword(rest), seconds) || seconds < 0)
+            return fail(62, 1);
+    } else {
+        rest = before;
+    }
+    std::string cmd(xftrim(rest));
+    if (cmd.empty())
+        return fail(16, 1);
+    if (!xf)
+        return fail(136, 1);
+    if (!need_sel())
+        return 1;
+    // The cursor's line, or the current line when the cursor is elsewhere;
+    // a run with no page has neither, and takes the selection's first line.
+    xfcursor at = xfcursor_now();
+    int32_t li = at.fld == 0 ? at.li : curline();
+    if ((li < 0 || li >= nbli()) && at.fld != 0 && xfsel_file() == xfidx)
+        li = xfsel.l1 - 1;
+    if (li < 0 || li >= nbli() || !xfinscope(li))
+        return fail(6, 1);
+    sel_bind bind;
+    if (!xf->rw)
+        return fail(118, 1);
+    pl_clip text = sel_text(), out;
+    out.rect = text.rect;
+    static constexpr struct {
+        int code, msg;
+    } failures[] = {{TL_FILTER_PIPE, 63}, {TL_FILTER_START, 64}, {TL_FILTER_TIMEOUT, 65}, {TL_FILTER_FAILED, 66}};
+    int r = tl_filter(cmd, text.lines, seconds * 1000, out.lines);
+    for (auto &f : failures)
+        if (f.code == r)
+            return fail(f.msg, 1);
+    int32_t a = xfsel.l1 - 1, c1 = xfsel.c1 - 1, c2 = xfsel.c2;
+    int kind = xfsel.kind;
+    sel_remove();
+    xfsel_clear();
+    if (!out.lines.empty()) {
+        paste_at(out, out.rect, true, a, c1);
+        // The new text is the selection, so that a second filter takes it.
+        int32_t n = (int32_t)out.lines.size(), w = 0;
+        for (const std::string &l : out.lines)
+            w = std::max(w, xfcol_len(l.data(), (int32_t)l.size(), xf->utf8));
+        const std::string &last = out.lines.back();
+        int32_t lastw = xfcol_len(last.data(), (int32_t)last.size(), xf->utf8) + (n == 1 ? c1 : 0);
+        if (kind == 3 && w > 0)
+            xfsel_set(a, c1, a + n - 1, c1 + w - 1, 3);
+        else if (kind != 3 && (c2 < 0 || lastw > 0))
+            xfsel_set(a, c1, a + n - 1, c2 < 0 ? -1 : lastw - 1, kind);
+    }
+    cmd_rc = 0;
+    return 1;
 }
 
 int xfcm_s_paste(const xfcmd &c)

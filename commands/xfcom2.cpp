@@ -323,10 +323,8 @@ int xfcom2(std::string_view text, int ctx1, int ctx2)
             xfmsgs(m, 1);
             cmd_rc = -1;
         } else {
-            // The shell command runs as such; its own failure is its message.
-            const cmd_entry *sh = cmd_lookup("shell");
-            xfcall(sh, sh->fn, "shell " + line, ctx1, ctx2);
-            cmd_rc = 0;
+            // The operating system's command; its own failure is its message.
+            xfimpcmscp_run(line, ctx1, ctx2);
         }
     }
     dispatch_end(line);

@@ -280,6 +280,11 @@ void asfkbtype(int type);     // keyboard type: -1 standard, else 0, 3, 4, 12, 1
 void asftimeout(int ms);      // time-out of the reads, 0 for none
 void aspost(int number);      // ends the next read with code 28
 void aspost43(int number);    // ends the next read with code 43
+// A child's output changed a file: the next read ends with AS_NUDGED, once
+// the events already queued have been taken, so that the page is composed
+// again. Safe to call from a watched descriptor's ready call in the wait.
+void asnudge();
+constexpr int AS_NUDGED = 674;
 void asfkeepmod(int on);      // the next read keeps the modified flags
 void asfinsert(int on);       // insert mode
 void asfreverse(int on);      // reverse direction

@@ -96,6 +96,7 @@ struct fs_state {
   bool posted = false;              // a number for code 28 waits
   int postval = 0;                  // its value
   bool posted43 = false;            // a number for code 43 waits
+  bool nudged = false;              // something outside the page changed: code AS_NUDGED
   bool pending = false;             // dialogs or menus have something for the read
   int post43val = 0;                // its value
   bool keepmod = false;             // the next read keeps the modified flags

@@ -39,7 +39,7 @@ int button(int code) {
 long evtime(const fs_event &e) { return long(e.seconds) * 100000 + long(e.microseconds) / 10; }
 
 bool marked() {
-  return fs.gone || fs.resized || fs.timedout || fs.posted || fs.posted43 || fs.pending;
+  return fs.gone || fs.resized || fs.timedout || fs.posted || fs.posted43 || fs.pending || fs.nudged;
 }
 
 // Waits until the queue holds an event or a mark is set; false when a mark
@@ -560,6 +560,7 @@ void asread(int *code, int *value, int *modified) {
         return finish(hc, hv);
       fs.pending = false;
       if (fs.posted43) return fs.posted43 = false, finish(43, fs.post43val);
+      if (fs.nudged) return fs.nudged = false, finish(AS_NUDGED, 0);
       if (fs.gone) return finish(23, 0);
       if (fs.resized) {
         p.mouse_line = p.mouse_col = 1;
@@ -665,6 +666,7 @@ void aspost(int number) {
   fs.posted = true;
   fs.postval = number;
 }
+void asnudge() { fs.nudged = true; }
 void aspost43(int number) {
   fs.posted43 = true;
   fs.post43val = number;

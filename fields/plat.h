@@ -61,6 +61,9 @@ class fs_plat {
   // Asks the close-box question; false when the layer cannot ask, and the
   // caller then acts as on Continue. On Continue the layer sets the gone mark.
   virtual bool ask(const std::string &, int) { return false; }
+  // Gives the terminal to a program run in the foreground (true) and takes
+  // it back, redrawn (false). False when the layer has no terminal to give.
+  virtual bool console(bool) { return false; }
 };
 
 // Calls a layer makes into the model from its message handling.

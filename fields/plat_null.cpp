@@ -20,6 +20,8 @@
 //   close                  the close box
 //   wait MS                nothing happens for a while (ends a read with a
 //                          time-out when one is set)
+//   settle                 the children started so far have ended and all
+//                          their output has been taken in (at most 20 s)
 //   dump                   write the screen: one row a line (trailing blanks
 //                          cut), then the status line
 //   dumpattr               as dump, then the hilite, colour and intensity
@@ -36,6 +38,7 @@
 // different lines are never a double click.
 #include "fields/fields.h"
 #include "fields/plat_test.h"
+#include "platform/platform.h"
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -162,6 +165,8 @@ void fs_nullplat::script(const std::string &text) {
 // A wait line lets time pass: each call takes its slice of it as a time-out.
 int fs_nullplat::wait(int ms) {
   if (fs_evpending()) return FS_WAIT_EVENT;
+  // Output a child has written by now is taken before the next script line.
+  if (pl_watch_poll(0)) return FS_WAIT_EVENT;
   for (;;) {
     if (waitleft > 0) {
       waitleft = ms < 0 ? 0 : waitleft - (ms > 0 ? ms : 1);
@@ -317,6 +322,12 @@ int fs_nullplat::exec(const std::string &line, std::string &err) {
     }
     clock += uint32_t(ms / 1000);
     waitleft += ms;
+    return FS_WAIT_EVENT;
+  }
+  if (verb == "settle" && w.size() == 1) {
+    // Real time, unlike wait: the children run outside the script's clock.
+    for (int i = 0; i < 2000 && pl_watch_count() > 0; i++) pl_watch_poll(10);
+    marked = true;
     return FS_WAIT_EVENT;
   }
   if ((verb == "dump" || verb == "dumpattr") && w.size() == 1) {

@@ -37,19 +37,6 @@ int pl_remove_tree(const std::string &path);
 // The SHA-256 digest of `data` in 64 lower-case hexadecimal digits.
 std::string pl_sha256(const std::string &data);
 
-// ---- running another program -------------------------------------------------
-
-#include <vector>
-
-// Runs the program argv[0] (looked for on PATH) with `argv`, no shell between,
-// its input from /dev/null, the NAME=VALUE words of `env_extra` added to our
-// environment. Its standard output goes into `out`, its error output into
-// `*err` (or nowhere when null), each cut at `limit` bytes. Returns the exit
-// status (128 + the signal that ended it), or minus the errno value when it
-// could not be started (-ENOENT: no such program).
-int pl_run_capture(const std::vector<std::string> &argv, const std::vector<std::string> &env_extra,
-                   std::string &out, std::string *err, size_t limit);
-
 // ---- printing ------------------------------------------------------------------
 
 // A PDF document of the lines (A4, Courier 10, wrapped at the page's width,
@@ -118,23 +105,94 @@ std::string pl_base64(const std::string &bytes);
 void pl_paste_put(const std::string &text);
 bool pl_paste_take(std::string &out);
 
-// ---- child processes --------------------------------------------------------------
+// ---- child processes ------------------------------------------------------------
+
+#include <poll.h>
+
+// A started child: its process, and our ends of its pipes (non-blocking).
+struct pl_child {
+    pid_t pid = -1;      // -1 once it has ended and been waited for
+    bool group = false;  // it leads a process group of its own
+    int in = -1;         // writes reach its standard input; -1 none
+    int out = -1;        // its standard output (and error, unless PL_ERRPIPE); -1 none
+    int err = -1;        // its standard error with PL_ERRPIPE; -1 none
+    int status = -1;     // exit status once ended; 128 + signal when killed
+    int signal = 0;      // the signal that ended it, 0 none
+};
+
+enum : int {
+    PL_FEED = 1,    // a pipe to its standard input (else /dev/null, or the tty)
+    PL_CAPTURE = 2, // a pipe from its standard output and error
+    PL_GROUP = 4,   // its own process group, so that stopping it stops all it started
+    PL_KEEPIN = 8,  // it reads our standard input (the terminal) rather than nothing
+    PL_ERRPIPE = 16, // with PL_CAPTURE: its standard error through a pipe of its own
+    PL_NOERR = 32,   // with PL_CAPTURE: its standard error thrown away
+};
+
+// Starts argv[0], searched on PATH, with the NAME=VALUE words of `env` put
+// in its environment. 0, or the errno value of the pipe, the fork or the
+// exec that failed (nothing is left running then).
+int pl_spawn(const std::vector<std::string> &argv, int flags, pl_child &c,
+             const std::vector<std::string> &env = {});
+// The words that run a command line through the shell.
+std::vector<std::string> pl_shell_argv(const std::string &command);
+// A command line that starts `command` in the background and ends at once,
+// with its input and output away from ours (it would write over a page).
+std::string pl_shell_background(const std::string &command);
+// Appends what the child has written, at most `most` bytes, without
+// waiting: the bytes added, 0 when nothing is there yet, -1 at the end of
+// its output (the pipe is then closed).
+long pl_child_read(pl_child &c, std::string &into, size_t most);
+// Writes what the pipe takes now without waiting: the bytes taken. A child
+// that closed its input takes everything (it is dropped).
+size_t pl_child_write(pl_child &c, const char *data, size_t n);
+void pl_child_close_input(pl_child &c);
+// Whether the child has ended (then `status` and `signal` are set).
+bool pl_child_done(pl_child &c);
+// Ends the child (its group when it has one): a request, then after a short
+// grace a kill; waits for it.
+void pl_child_stop(pl_child &c);
+// Closes the pipes and stops a child still running.
+void pl_child_release(pl_child &c);
+// Runs argv to its end with no pipes, its output going where ours goes: 0
+// with `c.status` and `c.signal` set, or the errno value of a failed start.
+// `stop`, when given, is asked now and then and ends the child when it
+// answers true.
+int pl_run_wait(const std::vector<std::string> &argv, int flags, bool (*stop)(), pl_child &c);
+// A descriptor that becomes readable when the child ends (the caller closes
+// it), or -1 where the system has none.
+int pl_child_exitfd(const pl_child &c);
+
+// Descriptors a screen layer's wait polls beside its own input; `ready` runs
+// from inside the wait when one is readable or closed. The callee removes
+// its descriptor when it is done with it.
+void pl_watch_add(int fd, void (*ready)(void *), void *ctx);
+void pl_watch_remove(int fd);
+void pl_watch_fill(std::vector<pollfd> &p);        // appends one entry per descriptor
+bool pl_watch_run(const pollfd *p, size_t n);     // calls ready where revents say so
+size_t pl_watch_count();
+// Polls only the watched descriptors for up to ms; true when a ready ran.
+bool pl_watch_poll(int ms);
 
 // Starts `argv` in its own session with `dir` as its working directory and
 // does not wait for it: 0, or the errno value of the start.
 int pl_start_detached(const std::vector<std::string> &argv, const std::string &dir);
 
 struct pl_run_opts {
-    int timeout_ms = -1;            // the program is killed after this; -1 never
-    bool (*stop)() = nullptr;       // asked while waiting: true kills the program
+    std::vector<std::string> env;   // NAME=VALUE words put in its environment
+    int timeout_ms = -1;            // the program is stopped after this; -1 never
+    bool (*stop)() = nullptr;       // asked while waiting: true stops the program
     bool with_stderr = true;        // error output gathered with the output
     size_t max_out = 64u << 20;     // output beyond this is read and dropped
 };
-// Runs `argv` (searched on PATH) in its own process group with standard
-// input from /dev/null, gathering its output: the exit status (128 + the
-// signal for one killed), 127 when it could not be started, or minus an
-// errno value (-ETIMEDOUT when killed for the time or the stop).
-int pl_run_capture(const std::vector<std::string> &argv, std::string &out, const pl_run_opts &o);
+// Runs `argv` (searched on PATH, no shell between) to its end in its own
+// process group with standard input from /dev/null, gathering its output,
+// and its error output into `*err` when that is given (else as `with_stderr`
+// says): the exit status (128 + the signal that ended it), or minus an
+// errno value: -ENOENT no such program, -ETIMEDOUT stopped for the time or
+// by `stop`.
+int pl_run_capture(const std::vector<std::string> &argv, std::string &out, const pl_run_opts &o = {},
+                   std::string *err = nullptr);
 
 // ---- the settings store --------------------------------------------------------
 

@@ -7,13 +7,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <vector>
 
+#include "platform/platform.h"
 #include "rexx/exec_int.h"
-
-extern char** environ;
 
 namespace {
 
@@ -32,10 +29,11 @@ int run_process(std::string cmd)
   // nowhere: it would land on the editor's page at any moment.
   size_t end = cmd.find_last_not_of(" \t");
   bool background = end != std::string::npos && cmd[end] == '&' && (end == 0 || cmd[end - 1] != '&');
-  if (background) cmd = "(" + cmd.substr(0, end) + ") >/dev/null 2>&1 </dev/null &";
-  const char* argv[] = {"/bin/sh", "-c", cmd.c_str(), nullptr};
-  pid_t pid;
-  int e = posix_spawn(&pid, "/bin/sh", nullptr, nullptr, const_cast<char**>(argv), environ);
+  if (background) cmd = pl_shell_background(cmd.substr(0, end));
+  // A halt asked while the command runs (the user, or a signal that ends
+  // the editor) ends the command too: it is not waited for to the end.
+  pl_child c;
+  int e = pl_run_wait(pl_shell_argv(cmd), PL_KEEPIN, [] { return rx_halt_pending != 0; }, c);
   if (e != 0) {
     std::string msg = "Unable to create process; Error is: \"";
     msg += std::strerror(e);
@@ -43,18 +41,7 @@ int run_process(std::string cmd)
     rx_out_trace(msg);
     return 28;
   }
-  int status = 0;
-  // A halt asked while the command runs (the user, or a signal that ends
-  // the editor) ends the command too: it is not waited for to the end.
-  bool stopped = false;
-  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    if (rx_halt_pending && !stopped) {
-      kill(pid, SIGTERM);
-      stopped = true;
-    }
-  }
-  if (WIFEXITED(status)) return WEXITSTATUS(status);
-  return WIFSIGNALED(status) ? -WTERMSIG(status) : -1;
+  return c.signal ? -c.signal : c.status;
 }
 
 // Commands that no environment sends to a process: the stack's buffers,

@@ -392,6 +392,7 @@ extern int noreload_once;          // skip the next reload check
 int xfedit(const std::string &name);
 int xfedit(const std::string &name, const std::string &dir, bool noext);
 int xfopen_words(std::string_view text, const std::string &dir);
+void xfrun_reprofile(); // the reprofile macro, where there is one and it may run
 int xftr1(int &status, const std::string &path, bool noreport);
 bool xfreload_all();
 bool xfreload_one(int index, int force, int return_to);

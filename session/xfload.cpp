@@ -136,7 +136,9 @@ void refuse(int msg)
     cmd_rc = 1;
 }
 
-void run_reprofile()
+} // namespace
+
+void xfrun_reprofile()
 {
     for (auto &m : rexx_macros)
         if (m.name == "reprofile") {
@@ -147,8 +149,6 @@ void run_reprofile()
             return;
         }
 }
-
-} // namespace
 
 std::string xfdirof(const std::string &path)
 {
@@ -299,7 +299,7 @@ int xfedit(const std::string &name, const std::string &dir, bool noext)
         xfreload_hook = [] { xfreload_all(); };
     if (r.status == 0)
         xflastfiles_add(xf->fname);
-    run_reprofile();
+    xfrun_reprofile();
     return 0;
 }
 

@@ -430,6 +430,11 @@ void xfread(int toplevel)
             cmd_queue.push_back(cmd);
             return;
         }
+        case AS_NUDGED: // a child's output arrived: compose the page again
+            read_cursor();
+            xfack();
+            xfdisplay();
+            continue;
         case 40: // the scroll bar: its position is the new current line
             read_cursor();
             xfack();

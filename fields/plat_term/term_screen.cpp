@@ -242,6 +242,7 @@ class termplat : public fs_plat {
   int hangup();
   int signals();
   void suspend();
+  bool console(bool give) override;
   void repaint();
 };
 
@@ -354,6 +355,20 @@ void termplat::suspend() {
   repaint();
 }
 
+// A foreground command runs on the terminal as the shell would leave it:
+// curses gives the modes back, and takes them again with a full redraw.
+bool termplat::console(bool give) {
+  if (down_) return false;
+  if (give) {
+    (void)!write(outfd, MOUSE_OFF, sizeof MOUSE_OFF - 1);
+    endwin();
+    in_curses = 0;
+  } else {
+    repaint();
+  }
+  return true;
+}
+
 // Acts on what the handlers noted; -2 when the wait goes on.
 int termplat::signals() {
   if (got_hup || pl_endsig()) return hangup();
@@ -425,9 +440,14 @@ int termplat::wait(int ms) {
     if (down_) return hangup();
     long long left = end < 0 ? -1 : end - now_ms();
     if (end >= 0 && left < 0) left = 0;
-    pollfd p[3] = {{0, POLLIN, 0}, {wakefd[0], POLLIN, 0}, {pl_endsig_fd(), POLLIN, 0}};
-    int n = poll(p, 3, int(left));
+    // The terminal, the wake pipe, the end requests, then the children's
+    // pipes: their output is taken here so that it arrives while keys work.
+    std::vector<pollfd> p = {{0, POLLIN, 0}, {wakefd[0], POLLIN, 0}, {pl_endsig_fd(), POLLIN, 0}};
+    pl_watch_fill(p);
+    int n = poll(p.data(), p.size(), int(left));
     if (n < 0 && errno != EINTR) return hangup();
+    if (n > 0 && p.size() > 3 && pl_watch_run(p.data() + 3, p.size() - 3) && !(p[0].revents & POLLIN))
+      return FS_WAIT_EVENT;
     if (n > 0 && (p[1].revents & POLLIN)) {
       char buf[64];
       while (read(wakefd[0], buf, sizeof buf) > 0) {

@@ -1,0 +1,5 @@
+/* a header with a mistake */
+int helper(void)
+{
+    return 2
+}
