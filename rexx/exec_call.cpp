@@ -76,6 +76,16 @@ struct level_guard {
   }
 };
 
+struct src_guard {
+  const rx_src* src = rx_st->src;        // the source in force at the call
+  const rx_src* main = rx_st->main_src;  // and the routine's
+  ~src_guard()
+  {
+    rx_st->src = src;
+    rx_st->main_src = main;
+  }
+};
+
 bool call_label(const rx_label* l, std::vector<value>&& args, std::vector<char>&& omitted, value& out)
 {
   check_stack();
@@ -92,6 +102,9 @@ bool call_label(const rx_label* l, std::vector<value>&& args, std::vector<char>&
   set_sigl();
   st.depth++;
   level_guard g(std::move(st.lv));
+  // Reports and SIGL read the lines of the source the routine comes from.
+  src_guard sg;
+  st.src = st.main_src = rx_label_src(l);
   st.lv = std::move(next);
   st.has_result = false;
   rx_run_level(l->cell);
@@ -154,6 +167,8 @@ rx_target resolve(const rx_tok* fname)
     }
   }
   if (t.kind < 0)
+    if (const rx_label* l = rx_merged_label(name)) t = {0, l};
+  if (t.kind < 0)
     if (rx_bif b = rx_find_bif(name)) t = {1, reinterpret_cast<const void*>(b)};
   if (t.kind < 0) {
     bu_case mode = st.prog->opts.symcase == CASE_LOWER   ? BU_CASE_LOWER
@@ -164,8 +179,12 @@ rx_target resolve(const rx_tok* fname)
   if (t.kind < 0) {
     std::string path;
     if (rx_find_external(name, quoted, path)) {
-      st.externals.push_back(path);
-      t = {3, &st.externals.back()};
+      if (st.prog->opts.load == 0) {
+        st.externals.push_back(path);
+        t = {3, &st.externals.back()};
+      } else {
+        t = {0, rx_merge_external(name, path, fname)};
+      }
     }
   }
   if (t.kind < 0) {

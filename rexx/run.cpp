@@ -90,7 +90,7 @@ int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
   if (!saved.st) rx_stack_mark();
   auto st = std::make_unique<rx_run_state>();
   st->prog = &prog;
-  st->src = st->main_src = &src;
+  st->src = st->main_src = st->prog_src = &src;
   st->top = vars_push(nullptr);
   st->lv.frame = st->top;
   st->lv.env_cur = st->lv.env_prev = rx_env_default();
