@@ -83,11 +83,8 @@ int xfreadscreen()
 int xfcm_readscreen(const xfcmd &c)
 {
     xftrace("Commande xfcm_readscreen");
-    if (!rx_running()) {
-        xfmsg(173, 1);
-        cmd_rc = 1;
+    if (!xfmacro_active())
         return 1;
-    }
     if (!xftrim(c.ops()).empty())
         return xfbad();
     cmd_rc = xfreadscreen();

@@ -54,6 +54,8 @@ int xfcm_extract(const xfcmd &c);
 
 // EXTract's items for a macro: 0, or -1 at the first item that fails.
 int xfextract(std::string_view text);
+// Host calls need a macro: true, or message 173 with cmd_rc 1.
+bool xfmacro_active();
 // READSCREEN: the screen's rows queued on the macro's stack; 0.
 int xfreadscreen();
 int xfcm_readscreen(const xfcmd &c);

@@ -182,8 +182,8 @@ rx_target resolve(const rx_tok* fname)
       if (st.prog->opts.load == 0) {
         st.externals.push_back(path);
         t = {3, &st.externals.back()};
-      } else {
-        t = {0, rx_merge_external(name, path, fname)};
+      } else if (const rx_label* l = rx_merge_external(name, path, fname)) {
+        t = {0, l};
       }
     }
   }

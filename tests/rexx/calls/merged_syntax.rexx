@@ -7,4 +7,4 @@ say 'not reached'
 exit
 syntax:
 say 'trapped' rc 'at line' sigl
-say 'routine gone:' symbol('X')
+say 'x assigned:' symbol('X')
