@@ -49,6 +49,14 @@ int vorta_env(const char *cmd, size_t len, void *, bool *)
     return cmd_rc;
 }
 
+std::string editor_macro(std::string_view name)
+{
+    for (const xfmacro &m : rexx_macros)
+        if (m.name == name && m.cls == 10)
+            return m.path;
+    return std::string();
+}
+
 int run_macro(const std::string &path, std::string_view rest)
 {
     std::string command = path + std::string(rest);
@@ -67,6 +75,7 @@ void xfrexx_init()
     // allocation does: the changed files are kept as ".check" copies.
     rx_nomem_hook = [](size_t size) { xfnomem(size, 0); };
     xfrexx_hook = run_macro;
+    rx_macro_path_hook = editor_macro;
 }
 
 // READSCREEN: the rows of the screen, as it shows the state now, queued on

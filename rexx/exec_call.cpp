@@ -1,6 +1,7 @@
 // Transfers of control: internal routine calls and function calls with
 // their level records, the level runner that resumes at SIGNAL targets,
 // RETURN and EXIT, SIGNAL and CALL ON conditions, and INTERPRET.
+#include <cctype>
 #include <cstdio>
 #include <sys/resource.h>
 #include <cstring>
@@ -176,7 +177,20 @@ rx_target resolve(const rx_tok* fname)
                                                          : BU_CASE_UPPER;
     if (const bu_row* r = bu_lookup(name, mode)) t = {2, r};
   }
-  if (t.kind < 0) {
+  // Under NOLOAD a macro of the editor calls the editor's other macros, and
+  // only those, as functions.
+  bool editor_only = st.prog->opts.load == 0 && rx_macro_path_hook && st.lv.env_cur == rx_env_find("VORTA");
+  if (t.kind < 0 && editor_only) {
+    std::string folded(name);
+    if (!quoted)
+      for (char& c : folded) c = (char)std::tolower((unsigned char)c);
+    std::string path = rx_macro_path_hook(folded);
+    if (!path.empty()) {
+      st.externals.push_back(path);
+      t = {3, &st.externals.back()};
+    }
+  }
+  if (t.kind < 0 && !editor_only) {
     std::string path;
     if (rx_find_external(name, quoted, path)) {
       if (st.prog->opts.load == 0) {

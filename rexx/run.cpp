@@ -12,6 +12,7 @@
 
 rx_run_state* rx_st = nullptr;
 void (*rx_poll_hook)() = nullptr;
+std::string (*rx_macro_path_hook)(std::string_view name) = nullptr;
 
 namespace {
 
