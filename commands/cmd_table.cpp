@@ -279,7 +279,7 @@ const cmd_entry cmd_table[CMD_COUNT] = {
     {"PDFRChange", 0, xfcm_pdfrchange},
     {"XEDRChange", 0, xfcm_xedrchange},
     {"READ", 0, xfcm_notimpl},
-    {"READScreen", 0, xfcm_notimpl},
+    {"READScreen", 0, xfcm_readscreen},
     {"REDo", 0, xfcm_redo},
     {"REFRESH", 0, xfcm_refresh},
     {"REGtype", 0, xfcm_regtype},

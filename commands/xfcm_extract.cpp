@@ -688,14 +688,20 @@ int xfextract(std::string_view text)
     return 0;
 }
 
+bool xfmacro_active()
+{
+    if (rx_running())
+        return true;
+    xfmsg(173, 1);
+    cmd_rc = 1;
+    return false;
+}
+
 int xfcm_extract(const xfcmd &c)
 {
     xftrace("Commande xfcm_extract");
-    if (!rx_running()) {
-        xfmsg(173, 1);
-        cmd_rc = 1;
+    if (!xfmacro_active())
         return 1;
-    }
     cmd_rc = xfextract(c.ops());
     return 1;
 }

@@ -5,6 +5,7 @@
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
+#include "commands/xfsettings.h"
 #include "session/xed.h"
 
 #include <cstdio>
@@ -12,22 +13,6 @@
 
 namespace {
 
-void bad()
-{
-    xfmsg(16, 1);
-    cmd_rc = 1;
-}
-
-// "on" or "off" as the first word of `w`: 1, 0, or -1 for neither.
-int onoff(std::string_view w)
-{
-    std::string f = xffold(w);
-    if (f == "on")
-        return 1;
-    if (f == "off" || f == "of")
-        return 0;
-    return -1;
-}
 
 void report(const char *fmt, const char *a, const char *b = "", const char *c = "")
 {
@@ -41,14 +26,11 @@ int file_switch(const xfcmd &c, int32_t xfile::*field, int &global)
 {
     std::string_view rest = c.ops();
     std::string_view w = xfword(rest);
-    if (w.empty()) {
-        xfmsg(xf ? (xf->*field ? 9 : 10) : (global > 0 ? 9 : 10), 0);
-        return 1;
-    }
-    int v = onoff(w);
+    if (w.empty())
+        return xfreport_onoff(xf ? xf->*field : global > 0);
+    int v = xfonoff_word(w);
     if (v < 0 || !xfword(rest).empty()) {
-        bad();
-        return 1;
+        return xfbad();
     }
     global = v ? 1 : -1;
     if (xf)
@@ -85,24 +67,20 @@ int xfcm_autobin(const xfcmd &c)
     xftrace("Commande xfcm_autobin");
     std::string_view rest = c.ops();
     std::string_view w = xfword(rest);
-    if (w.empty()) {
-        xfmsg(autobin ? 9 : 10, 0);
-        return 1;
-    }
-    int v = onoff(w);
+    if (w.empty())
+        return xfreport_onoff(autobin);
+    int v = xfonoff_word(w);
     // Behind ON, the control bytes that leave a file text: at least five.
     std::string allowed;
     long b;
     for (std::string_view x; !(x = xfword(rest)).empty();) {
         if (!xfnumber(x, b) || b < 0 || b > 31) {
-            bad();
-            return 1;
+            return xfbad();
         }
         allowed += (char)b;
     }
     if (v < 0 || (!allowed.empty() && (v == 0 || allowed.size() < 5))) {
-        bad();
-        return 1;
+        return xfbad();
     }
     autobin = v;
     if (!allowed.empty())
@@ -146,8 +124,7 @@ int xfcm_encoding(const xfcmd &c)
         if (xffold(w) == xffold(encodings[i]))
             v = i == 2 ? -1 : i;
     if (v == -2 || !xfword(rest).empty()) {
-        bad();
-        return 1;
+        return xfbad();
     }
     utf8_global = v;
     if (xf)
@@ -180,14 +157,12 @@ int xfcm_limit(const xfcmd &c)
     long long v = 0;
     for (char ch : w) {
         if (ch < '0' || ch > '9' || v > (INT64_MAX - 9) / 10) {
-            bad();
-            return 1;
+            return xfbad();
         }
         v = v * 10 + (ch - '0');
     }
     if (!xfword(rest).empty()) {
-        bad();
-        return 1;
+        return xfbad();
     }
     load_limit = v;
     return 1;
@@ -206,8 +181,7 @@ int xfcm_fileconv(const xfcmd &c)
     int a = conv_value(w1), b = w2.empty() ? fileconv_read : conv_value(w2);
     int e = w3.empty() ? eol_empty : conv_value(w3);
     if (a < 0 || a > 1 || b < 1 || e < 0 || e > 1 || !xfword(rest).empty()) {
-        bad();
-        return 1;
+        return xfbad();
     }
     eol_default = a;
     if (xf)
@@ -237,11 +211,10 @@ int xfcm_backup(const xfcmd &c)
                reload_suffix.c_str());
         return 1;
     }
-    int v = onoff(w);
+    int v = xfonoff_word(w);
     std::string_view s1 = xfword(rest), s2 = xfword(rest);
     if (v < 0 || !xfword(rest).empty()) {
-        bad();
-        return 1;
+        return xfbad();
     }
     backup_on = v;
     if (!s1.empty())
@@ -274,16 +247,13 @@ int xfcm_lastfiles(const xfcmd &c)
     xftrace("Commande xfcm_lastfiles");
     std::string_view rest = c.ops();
     std::string_view w = xfword(rest);
-    if (w.empty()) {
-        xfmsg(lastfiles_on ? 9 : 10, 0);
-        return 1;
-    }
-    int v = onoff(w);
+    if (w.empty())
+        return xfreport_onoff(lastfiles_on);
+    int v = xfonoff_word(w);
     std::string_view n = xfword(rest);
     long count = lastfiles_max;
     if (v < 0 || (!n.empty() && (!xfnumber(n, count) || count < 1)) || !xfword(rest).empty()) {
-        bad();
-        return 1;
+        return xfbad();
     }
     lastfiles_on = v;
     lastfiles_max = (int)count;
@@ -305,13 +275,11 @@ int xfcm_autosave(const xfcmd &c)
         return 1;
     }
     long n = 0;
-    if (onoff(w) != 0 && (!xfnumber(w, n) || n < 1)) {
-        bad();
-        return 1;
+    if (xfonoff_word(w) != 0 && (!xfnumber(w, n) || n < 1)) {
+        return xfbad();
     }
     if (!xfword(rest).empty()) {
-        bad();
-        return 1;
+        return xfbad();
     }
     if (!d.empty()) {
         struct stat st;

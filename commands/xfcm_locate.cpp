@@ -5,6 +5,7 @@
 #include "commands/handlers.h"
 #include "commands/internal.h"
 #include "commands/xfregex.h"
+#include "commands/xfsettings.h"
 #include "session/xed.h"
 
 #include <algorithm>
@@ -18,17 +19,6 @@ int bad(int rc)
     xfmsg(16, 1);
     cmd_rc = rc;
     return 1;
-}
-
-// ON or OFF from two letters ("of" for off); -1 for anything else.
-int on_off(std::string_view w)
-{
-    std::string f = xffold(w);
-    if (f == "on")
-        return 1;
-    if (f == "of" || f == "off")
-        return 0;
-    return -1;
 }
 
 // The settings that are one switch: their flag and the return code of a
@@ -49,11 +39,9 @@ int one_switch(const xfcmd &c, const switch_row &r)
 {
     xftrace(r.name);
     std::string_view op = xftrim(c.ops());
-    if (op.empty()) {
-        xfmsg(*r.flag ? 9 : 10, 0);
-        return 1;
-    }
-    int v = on_off(op);
+    if (op.empty())
+        return xfreport_onoff(*r.flag);
+    int v = xfonoff_word(op);
     if (v < 0)
         return bad(r.badrc);
     *r.flag = v;
@@ -295,7 +283,7 @@ int xfcm_point(const xfcmd &c)
         xfmsgs(s, 0);
         return 1;
     }
-    bool off = !b.empty() && on_off(b) == 0;
+    bool off = !b.empty() && xfonoff_word(b) == 0;
     if (!b.empty() && !off)
         return bad(5);
     if (a == "*") {
@@ -362,7 +350,7 @@ int xfcm_span(const xfcmd &c)
         xfmsgs(buf, 0);
         return 1;
     }
-    int on = on_off(xfword(rest));
+    int on = xfonoff_word(xfword(rest));
     if (on < 0)
         return bad(5);
     int blank = span_blank;

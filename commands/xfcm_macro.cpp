@@ -4,6 +4,7 @@
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
+#include "commands/xfsettings.h"
 #include "session/xed.h"
 
 #include <algorithm>
@@ -314,17 +315,10 @@ int xfcm_synonym(const xfcmd &c)
     std::string_view rest = c.ops();
     std::string_view all = rest;
     std::string_view w1 = xfword(rest);
-    if (w1.empty()) {
-        xfmsg(synonym_on ? 9 : 10, 0);
-        return 1;
-    }
-    std::string f1 = xffold(w1);
-    if (xftrim(rest).empty() && f1 == "on") {
-        synonym_on = 1;
-        return 1;
-    }
-    if (xftrim(rest).empty() && abbrev(w1, "off", 2)) {
-        synonym_on = 0;
+    if (w1.empty())
+        return xfreport_onoff(synonym_on);
+    if (int on = xfonoff_word(w1); on >= 0 && xftrim(rest).empty()) {
+        synonym_on = on;
         return 1;
     }
     if (w1 == "CLEAR") {
@@ -336,7 +330,7 @@ int xfcm_synonym(const xfcmd &c)
     }
     char cut = 0;
     std::string_view name = w1;
-    if (f1 == "linend") {
+    if (xffold(w1) == "linend") {
         std::string_view cw = xfword(rest);
         if (cw.size() != 1) {
             xfmsg(16, 1);

@@ -3,6 +3,7 @@
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
+#include "commands/xfsettings.h"
 #include "session/xed.h"
 #include "session/xfkeys.h"
 #include "session/xflistpage.h"
@@ -22,19 +23,12 @@ int (*xfsetkey_hook)(std::string_view name, std::string_view def) = nullptr;
 
 int xfonoff(const xfcmd &c, int &flag)
 {
-    std::string w = xffold(xftrim(c.ops()));
-    if (w.empty()) {
-        xfmsg(flag ? 9 : 10, 0);
-        return 1;
-    }
-    if (w == "on")
-        flag = 1;
-    else if (w == "off" || w == "of")
-        flag = 0;
-    else {
-        xfmsg(16, 1);
-        cmd_rc = 1;
-    }
+    std::string_view w = xftrim(c.ops());
+    if (w.empty())
+        return xfreport_onoff(flag);
+    int on;
+    if (xfop_onoff(w, on))
+        flag = on;
     return 1;
 }
 
@@ -172,12 +166,7 @@ constexpr mode_row mode_rows[] = {
 };
 static_assert(sizeof mode_rows / sizeof mode_rows[0] == 16, "sixteen MODE switches");
 
-int bad_mode()
-{
-    xfmsg(16, 1);
-    cmd_rc = 1;
-    return 1;
-}
+int bad_mode() { return xfbad(); }
 
 // The value of a two-valued switch, wherever it lives.
 int get_mode(const mode_row &r)
@@ -294,10 +283,8 @@ int xfcm_linend(const xfcmd &c)
     std::string_view w = xfword(rest);
     std::string_view ch = xfword(rest);
     std::string f = xffold(w);
-    if (w.empty()) {
-        xfmsg(linend_on ? 9 : 10, 0);
-        return 1;
-    }
+    if (w.empty())
+        return xfreport_onoff(linend_on);
     if (f == "on") {
         linend_on = 1;
         if (ch.size() == 1)
@@ -316,9 +303,7 @@ int xfcm_linend(const xfcmd &c)
         return 1;
     }
 bad:
-    xfmsg(16, 1);
-    cmd_rc = 1;
-    return 1;
+    return xfbad();
 }
 
 // ---------------------------------------------------------------------------

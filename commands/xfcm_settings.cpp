@@ -26,15 +26,24 @@ int xfbad()
     return 1;
 }
 
-bool xfop_onoff(std::string_view w, int &out)
+int xfonoff_word(std::string_view w)
 {
     std::string f = xffold(w);
-    if (f == "on")
-        out = 1;
-    else if (f == "off" || f == "of")
-        out = 0;
-    else
+    return f == "on" ? 1 : f == "off" || f == "of" ? 0 : -1;
+}
+
+int xfreport_onoff(int on)
+{
+    xfmsg(on ? 9 : 10, 0);
+    return 1;
+}
+
+bool xfop_onoff(std::string_view w, int &out)
+{
+    int v = xfonoff_word(w);
+    if (v < 0)
         return xfbad(), false;
+    out = v;
     return true;
 }
 
@@ -212,11 +221,7 @@ int xfcm_stored(const xfcmd &c)
     std::string &v = value_of((size_t)i);
     std::string_view ops = xftrim(c.ops());
     if (ops.empty()) {
-        if (r.kind == ONOFF)
-            xfmsg(v == "ON" ? 9 : 10, 0);
-        else
-            xfreport(v);
-        return 1;
+        return r.kind == ONOFF ? xfreport_onoff(v == "ON") : xfreport(v);
     }
     std::string nv;
     switch (r.kind) {

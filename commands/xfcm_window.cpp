@@ -1,6 +1,7 @@
 // The window's own commands: MENu and MENUBar (menus from files), TOolbar
 // and FONt. In a run with no window they are accepted and do nothing.
 #include "commands/handlers.h"
+#include "commands/xfsettings.h"
 #include "commands/internal.h"
 #include "fields/fields.h"
 #include "fields/plat.h"
@@ -59,16 +60,11 @@ int xfcm_toolbar(const xfcmd &c)
     fs_plat *l = fs_layer();
     int on = l ? l->toolbar(-1) : 0;
     std::string w = xffold(xftrim(c.ops()));
-    if (w.empty()) {
-        xfmsg(on ? 9 : 10, 0);
-        return 1;
-    }
-    int want = w == "switch" ? !on : w == "on" ? 1 : w == "off" || w == "of" ? 0 : -1;
-    if (want < 0) {
-        xfmsg(16, 1);
-        cmd_rc = 1;
-        return 1;
-    }
+    if (w.empty())
+        return xfreport_onoff(on);
+    int want = w == "switch" ? !on : xfonoff_word(w);
+    if (want < 0)
+        return xfbad();
     if (l && want != on)
         l->toolbar(want);
     return 1;

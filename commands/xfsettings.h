@@ -12,6 +12,8 @@
 // Operand shapes. Each gives false after message 16 with cmd_rc 1, so that
 // a handler only says what its operand is.
 int xfbad();                                                   // message 16, cmd_rc 1; returns 1
+int xfonoff_word(std::string_view w);                          // ON 1, OFF (OF) 0, else -1; no message
+int xfreport_onoff(int on);                                    // "..... Is ON" or "..... Is OFF"; returns 1
 bool xfop_onoff(std::string_view w, int &out);                 // ON, OFF (OF)
 bool xfop_number(std::string_view w, long lo, long hi, long &out); // a number in [lo, hi]
 bool xfop_star(std::string_view w, long lo, long hi, long &out);   // the same, or `*` as 0
@@ -52,6 +54,11 @@ int xfcm_extract(const xfcmd &c);
 
 // EXTract's items for a macro: 0, or -1 at the first item that fails.
 int xfextract(std::string_view text);
+// Host calls need a macro: true, or message 173 with cmd_rc 1.
+bool xfmacro_active();
+// READSCREEN: the screen's rows queued on the macro's stack; 0.
+int xfreadscreen();
+int xfcm_readscreen(const xfcmd &c);
 
 extern std::string profile_name, profile_args; // the profile that ran, and its arguments
 extern std::string last_menu;                  // the last menu entry chosen

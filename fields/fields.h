@@ -135,6 +135,8 @@ extern fs_evqueue gdet_ev;  // the one queue the screen layer appends to
 
 void fs_postev(const fs_event &ev, int ch);  // append to gdet_ev
 int fs_evpending();                          // events waiting in gdet_ev
+// Takes out of gdet_ev the events `hit` chooses; gives how many there were.
+int fs_evcut(bool (*hit)(const fs_event &ev));
 
 // ---- start and pages -----------------------------------------------------
 
@@ -358,3 +360,5 @@ const char *fs_menucmd(int id);
 // Writes what the screen shows: one row a line, then the status line, then,
 // with attrs, the attribute planes as letters.
 void fs_dump(FILE *out, int attrs);
+// The rows the screen shows, in UTF-8, trailing blanks cut; none without a page.
+std::vector<std::string> fs_rows();

@@ -82,11 +82,6 @@ std::string position() {
 }
 
 // A cell of the dump: a substitute shows as U+FFFD, as it does on a screen.
-void utf8(FILE *out, unsigned c) {
-  char b[4];
-  fwrite(b, 1, size_t(fs_utf8_put(fs_subst(uint16_t(c)) ? 0xFFFD : c, b)), out);
-}
-
 void dumpplane(FILE *out, const char *name, const std::vector<uint8_t> &plane) {
   static const char digits[] =
       "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ@#$";
@@ -236,12 +231,27 @@ void fs_showcursor() {
   fs_drawstatus();
 }
 
-void fs_dump(FILE *out, int attrs) {
-  if (fs.cur < 0) return;
+std::vector<std::string> fs_rows() {
+  std::vector<std::string> rows;
+  if (fs.cur < 0) return rows;
   for (int l = 1; l <= fs.nb_lines; l++) {
     int end = fs.nb_cols;
     while (end > 0 && fs.sh.text[cellix(l, end)] == ' ') end--;
-    for (int c = 1; c <= end; c++) utf8(out, fs.sh.text[cellix(l, c)]);
+    std::string row;
+    for (int c = 1; c <= end; c++) {
+      unsigned ch = fs.sh.text[cellix(l, c)];
+      char b[4];
+      row.append(b, size_t(fs_utf8_put(fs_subst(uint16_t(ch)) ? 0xFFFD : ch, b)));
+    }
+    rows.push_back(std::move(row));
+  }
+  return rows;
+}
+
+void fs_dump(FILE *out, int attrs) {
+  if (fs.cur < 0) return;
+  for (const std::string &row : fs_rows()) {
+    fwrite(row.data(), 1, row.size(), out);
     fputc('\n', out);
   }
   size_t end = fs.status.find_last_not_of(' ');

@@ -455,6 +455,23 @@ void fs_postev(const fs_event &ev, int ch) {
 
 int fs_evpending() { return gdet_ev.count; }
 
+int fs_evcut(bool (*hit)(const fs_event &ev)) {
+  int kept = 0, cut = 0;
+  for (int i = 0; i < gdet_ev.count; i++) {
+    int at = gdet_ev.head + i;
+    if (hit(gdet_ev.ev[at])) {
+      cut++;
+      continue;
+    }
+    gdet_ev.ev[gdet_ev.head + kept] = gdet_ev.ev[at];
+    gdet_ev.ch[gdet_ev.head + kept] = gdet_ev.ch[at];
+    kept++;
+  }
+  gdet_ev.count = kept;
+  if (kept == 0) gdet_ev.head = 0;
+  return cut;
+}
+
 bool fs_evtake(fs_event &ev, int &ch) {
   if (gdet_ev.count == 0) return false;
   ev = gdet_ev.ev[gdet_ev.head];

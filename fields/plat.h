@@ -39,6 +39,9 @@ class fs_plat {
   // Every press is followed by its release in time: a layer that cannot see
   // releases queues one right after the press, or held keys repeat for ever.
   virtual int wait(int ms) = 0;
+  // Appends to gdet_ev what input has already arrived, without waiting: the
+  // look a running macro takes for the halt key.
+  virtual void peek() { wait(0); }
   virtual void title(const std::string &text) = 0;
   virtual void geometry(fs_metrics &m) = 0;
   virtual void size(int lines, int cols) = 0;              // ask for a grid size

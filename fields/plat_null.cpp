@@ -182,6 +182,20 @@ int fs_nullplat::wait(int ms) {
   }
 }
 
+// Key lines that come next were typed ahead: a running macro sees them.
+// Other lines (a dump, a wait) keep their place after the macro.
+void fs_nullplat::peek() {
+  static const char *const typed[] = {"key", "type", "press", "release"};
+  while (!todo.empty()) {
+    std::vector<std::string> w = words(todo.front());
+    bool input = false;
+    for (const char *t : typed)
+      if (!w.empty() && strcasecmp(w[0].c_str(), t) == 0) input = true;
+    if (!input) return;
+    step();
+  }
+}
+
 int fs_nullplat::step() {
   if (todo.empty()) return FS_WAIT_GONE;
   std::string l = todo.front(), err;

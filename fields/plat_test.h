@@ -18,6 +18,7 @@ class fs_nullplat : public fs_plat {
   void flash() override;
   void alert(const std::string &text) override;
   int wait(int ms) override;
+  void peek() override;
   void title(const std::string &) override {}
   void geometry(fs_metrics &m) override;
   void size(int lines, int cols) override;

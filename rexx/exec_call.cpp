@@ -1,6 +1,7 @@
 // Transfers of control: internal routine calls and function calls with
 // their level records, the level runner that resumes at SIGNAL targets,
 // RETURN and EXIT, SIGNAL and CALL ON conditions, and INTERPRET.
+#include <cctype>
 #include <cstdio>
 #include <sys/resource.h>
 #include <cstring>
@@ -76,6 +77,16 @@ struct level_guard {
   }
 };
 
+struct src_guard {
+  const rx_src* src = rx_st->src;        // the source in force at the call
+  const rx_src* main = rx_st->main_src;  // and the routine's
+  ~src_guard()
+  {
+    rx_st->src = src;
+    rx_st->main_src = main;
+  }
+};
+
 bool call_label(const rx_label* l, std::vector<value>&& args, std::vector<char>&& omitted, value& out)
 {
   check_stack();
@@ -92,6 +103,9 @@ bool call_label(const rx_label* l, std::vector<value>&& args, std::vector<char>&
   set_sigl();
   st.depth++;
   level_guard g(std::move(st.lv));
+  // Reports and SIGL read the lines of the source the routine comes from.
+  src_guard sg;
+  st.src = st.main_src = rx_label_src(l);
   st.lv = std::move(next);
   st.has_result = false;
   rx_run_level(l->cell);
@@ -154,6 +168,8 @@ rx_target resolve(const rx_tok* fname)
     }
   }
   if (t.kind < 0)
+    if (const rx_label* l = rx_merged_label(name)) t = {0, l};
+  if (t.kind < 0)
     if (rx_bif b = rx_find_bif(name)) t = {1, reinterpret_cast<const void*>(b)};
   if (t.kind < 0) {
     bu_case mode = st.prog->opts.symcase == CASE_LOWER   ? BU_CASE_LOWER
@@ -161,11 +177,28 @@ rx_target resolve(const rx_tok* fname)
                                                          : BU_CASE_UPPER;
     if (const bu_row* r = bu_lookup(name, mode)) t = {2, r};
   }
-  if (t.kind < 0) {
-    std::string path;
-    if (rx_find_external(name, quoted, path)) {
+  // Under NOLOAD a macro of the editor calls the editor's other macros, and
+  // only those, as functions.
+  bool editor_only = st.prog->opts.load == 0 && rx_macro_path_hook && st.lv.env_cur == rx_env_find("VORTA");
+  if (t.kind < 0 && editor_only) {
+    std::string folded(name);
+    if (!quoted)
+      for (char& c : folded) c = (char)std::tolower((unsigned char)c);
+    std::string path = rx_macro_path_hook(folded);
+    if (!path.empty()) {
       st.externals.push_back(path);
       t = {3, &st.externals.back()};
+    }
+  }
+  if (t.kind < 0 && !editor_only) {
+    std::string path;
+    if (rx_find_external(name, quoted, path)) {
+      if (st.prog->opts.load == 0) {
+        st.externals.push_back(path);
+        t = {3, &st.externals.back()};
+      } else if (const rx_label* l = rx_merge_external(name, path, fname)) {
+        t = {0, l};
+      }
     }
   }
   if (t.kind < 0) {

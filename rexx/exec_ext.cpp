@@ -1,6 +1,9 @@
 // External functions: a routine that is neither a label nor a built-in is
-// looked for as a file, by path or along PATH, and run as a nested run with
-// the caller's arguments; its result comes back as the function's value.
+// looked for as a file, by path or along PATH. The file is merged into the
+// running program behind a label of the name it was called by, so that it
+// runs as an internal routine and its labels become the program's; under
+// OPTION NOLOAD it runs apart as a nested run with the caller's arguments
+// instead, its result coming back as the function's value.
 //
 // A file needs the extension .mlbx, or a first line that starts with "#!"
 // and names molba, so that no ordinary program on PATH runs by accident.
@@ -94,14 +97,70 @@ bool rx_find_external(std::string_view name, bool quoted, std::string& path)
   return false;
 }
 
-bool rx_call_external(const std::string& path, std::vector<value>& args, std::vector<char>& omitted,
-                      const rx_tok* at, value& out)
+namespace {
+
+std::string read_all(const std::string& path)
 {
   std::ifstream f(path, std::ios::binary);
   std::ostringstream text;
   text << f.rdbuf();
+  return text.str();
+}
+
+// The entry label as a string label, so that any name can be one.
+std::string entry_label(std::string_view name)
+{
+  std::string l = "\"";
+  for (char c : name) {
+    l += c;
+    if (c == '"') l += '"';
+  }
+  return l + "\":;";
+}
+
+}  // namespace
+
+const rx_label* rx_merge_external(std::string_view name, const std::string& path, const rx_tok* at)
+{
+  rx_merged m;
+  m.src = std::make_unique<rx_src>();
+  // The label goes on the file's first line, so that its line numbers stay
+  // the file's own; a "#!" line after it is a comment to the lexer.
+  m.src->text = entry_label(name) + read_all(path);
+  m.src->file_name = path;
+  m.prog = std::make_unique<rx_prog>();
+  m.prog->opts = rx_st->prog->opts;
+  rx_err err;
+  if (int e = rx_parse(*m.prog, m.src->text.data(), m.src->text.size(), err)) {
+    std::fflush(stdout);
+    rx_out_trace(rx_error_report(*m.src, err));
+    rx_at(at);
+    rx_raise(e, err.err_msg);
+  }
+  const rx_label* l = rx_label_find(*m.prog, name.data(), name.size());
+  rx_st->merged.push_back(std::move(m));
+  return l;
+}
+
+const rx_label* rx_merged_label(std::string_view name)
+{
+  for (const rx_merged& m : rx_st->merged)
+    if (const rx_label* l = rx_label_find(*m.prog, name.data(), name.size())) return l;
+  return nullptr;
+}
+
+const rx_src* rx_label_src(const rx_label* l)
+{
+  for (const rx_merged& m : rx_st->merged)
+    if (rx_label_find(*m.prog, l->name, (size_t)l->len) == l) return m.src.get();
+  return rx_st->prog_src;
+}
+
+bool rx_call_external(const std::string& path, std::vector<value>& args, std::vector<char>& omitted,
+                      const rx_tok* at, value& out)
+{
   rx_src src;
-  src.text = text.str();
+  src.text = read_all(path);
   src.file_name = path;
   rx_prog prog;
   rx_err err;

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <deque>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -80,12 +81,20 @@ struct rx_target {
   const void* p;       // rx_label, rx_bif, bu_row, or the file's path (std::string)
 };
 
+// An external file merged into the running program: its text and its
+// tree live as long as the run, and its labels are the program's.
+struct rx_merged {
+  std::unique_ptr<rx_src> src;    // the file's text behind its entry label
+  std::unique_ptr<rx_prog> prog;  // its tree
+};
+
 // ---- run state ---------------------------------------------------------------------
 
 struct rx_run_state {
   rx_prog* prog = nullptr;             // the program being run
   const rx_src* src = nullptr;         // source for reports (changes under INTERPRET)
-  const rx_src* main_src = nullptr;    // the program's own source
+  const rx_src* main_src = nullptr;    // source of the routine running (a merged file's)
+  const rx_src* prog_src = nullptr;    // the program's own source
   var_frame* top = nullptr;            // the top-level variable frame
   rx_level lv;                         // the current level
   int depth = 0;                       // internal routine nesting
@@ -103,7 +112,8 @@ struct rx_run_state {
   std::string cond_desc;               // its description
   std::deque<value> consts;            // constants made ready for operand slots
   std::vector<rx_slot*> touched;       // slots whose slot_val points into consts
-  std::deque<std::string> externals;   // paths of external routines found
+  std::deque<std::string> externals;   // paths of external routines run apart
+  std::deque<rx_merged> merged;        // external files merged, in order
   int tr_skip = 0;                     // trace lines to suppress (negative TRACE n)
   int pause_skip = 0;                  // interactive pauses to skip (positive TRACE n)
   bool in_pause = false;               // console lines of a pause are running
@@ -177,6 +187,14 @@ rx_bif rx_find_bif(std::string_view name);
 rx_flow rx_interpret(std::string text, const rx_tok* at);
 // External routines (exec_ext.cpp): the file for a name, and a call of it.
 bool rx_find_external(std::string_view name, bool quoted, std::string& path);
+// Merges a file into the run under an entry label of the name it was called
+// by, and gives that label; a file that fails to parse raises its error at
+// `at`, and nothing of it stays.
+const rx_label* rx_merge_external(std::string_view name, const std::string& path, const rx_tok* at);
+// A label of a merged file, or null.
+const rx_label* rx_merged_label(std::string_view name);
+// The source a label's code belongs to.
+const rx_src* rx_label_src(const rx_label* l);
 bool rx_call_external(const std::string& path, std::vector<value>& args, std::vector<char>& omitted,
                       const rx_tok* at, value& out);
 // Forgets resolved call targets (their tokens may be gone).

@@ -12,6 +12,7 @@
 
 rx_run_state* rx_st = nullptr;
 void (*rx_poll_hook)() = nullptr;
+std::string (*rx_macro_path_hook)(std::string_view name) = nullptr;
 
 namespace {
 
@@ -90,7 +91,7 @@ int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
   if (!saved.st) rx_stack_mark();
   auto st = std::make_unique<rx_run_state>();
   st->prog = &prog;
-  st->src = st->main_src = &src;
+  st->src = st->main_src = st->prog_src = &src;
   st->top = vars_push(nullptr);
   st->lv.frame = st->top;
   st->lv.env_cur = st->lv.env_prev = rx_env_default();

@@ -69,6 +69,8 @@ std::string rx_source_name();
 
 // The editor's event poll, called every 20 clauses; null for none.
 extern void (*rx_poll_hook)();
+// The file of the editor's macro of a name, "" when it has none.
+extern std::string (*rx_macro_path_hook)(std::string_view name);
 
 // The program's out-of-memory path, given the size of the block the
 // interpreter could not get; it should not return (the editor's saves the

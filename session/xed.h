@@ -460,6 +460,7 @@ bool xftrusted(const std::string &path);
 void xfendsig_install();          // outside signals end the run through the rescue
 void xfendsig_point();            // a safe point: rescues and ends when such a signal came
 void xfendsig_rescue();           // the rescue of that end, once
+void xfmacro_poll();              // a running macro's poll: end signals and the halt key
 [[noreturn]] void xfinterr(int code);
 void xfrescue(int code, const std::string &message, bool restart);
 int xfrestart();                   // write restart.x and start anew

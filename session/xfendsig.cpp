@@ -40,7 +40,7 @@ const char *signame(int sig)
 void xfendsig_install()
 {
     pl_endsig_install(on_end);
-    rx_poll_hook = xfendsig_point;
+    rx_poll_hook = xfmacro_poll;
 }
 
 void xfendsig_rescue()

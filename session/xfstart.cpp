@@ -4,6 +4,7 @@
 #include "session/xed.h"
 #include "session/xffiles.h"
 #include "commands/commands.h"
+#include "commands/xfsettings.h"
 #include "platform/platform.h"
 #include "session/xfkeys.h"
 #include "session/xfpage.h"
@@ -272,11 +273,13 @@ std::string with_vorta_ext(const std::string &name)
     return name;
 }
 
-// The profile: its name as asked (or the default), looked for as it stands,
-// in the home directory, the user's data folder, and the program's folder.
-void xfprofile(const std::string &asked, const std::vector<std::string> &argv)
+namespace {
+
+// Looks for a profile as it stands, in the home directory, the user's data
+// folder and the program's folder, and runs the first found; false when
+// none is. `asked`: the name was given with -p.
+bool run_profile(const std::string &name, bool asked, const std::vector<std::string> &argv)
 {
-    std::string name = asked.empty() ? "profile.vorta" : with_vorta_ext(asked);
     std::vector<std::string> tries;
     tries.push_back(name);
     if (name[0] != '/') {
@@ -290,15 +293,21 @@ void xfprofile(const std::string &asked, const std::vector<std::string> &argv)
             continue;
         // The default profile of the current folder is the folder's, not
         // the user's: it runs only where the user trusts it.
-        if (asked.empty() && &t == &tries[0] && !xftrusted(t))
+        if (!asked && &t == &tries[0] && !xftrusted(t))
             continue;
         xfcmdline("hash " + t);
         size_t s = t.rfind('/');
         std::string base = s == std::string::npos ? t : t.substr(s + 1);
         base = base.substr(0, base.rfind('.'));
-        std::string cmd = "macro " + base;
+        std::string args;
         for (size_t i = 1; i < argv.size(); i++)
-            cmd += " " + argv[i];
+            args += (args.empty() ? "" : " ") + argv[i];
+        std::string cmd = "macro " + base + (args.empty() ? "" : " " + args);
+        // EXTRACT /profile/ tells the first one that ran, the common one.
+        if (profile_name.empty()) {
+            profile_name = t;
+            profile_args = args;
+        }
         profile_pending = 1;
         xfcom2(cmd);
         if (cmd_rc != 0) {
@@ -306,12 +315,29 @@ void xfprofile(const std::string &asked, const std::vector<std::string> &argv)
             if (xv)
                 xv->cmdline.clear();
         }
+        return true;
+    }
+    return false;
+}
+
+} // namespace
+
+// The profile: the one asked for with -p, or else the common profile
+// followed by the profile of the vocabulary the editor starts in (the ISPF
+// one under -pdf, the XEDIT one otherwise), so that a user keeps what both
+// vocabularies share in one file and what differs in the other.
+void xfprofile(const std::string &asked, const std::vector<std::string> &argv)
+{
+    if (!asked.empty()) {
+        std::string name = with_vorta_ext(asked);
+        if (!run_profile(name, true, argv)) {
+            std::fprintf(stderr, "File %s not found.\n", name.c_str());
+            std::exit(1);
+        }
         return;
     }
-    if (!asked.empty()) {
-        std::fprintf(stderr, "File %s not found.\n", name.c_str());
-        std::exit(1);
-    }
+    run_profile("profile.vorta", false, argv);
+    run_profile(opt_pdf ? "prof_pdf.vorta" : "prof_xedit.vorta", false, argv);
 }
 
 bool ends_with(const std::string &s, const char *tail)

@@ -378,6 +378,14 @@ void qtplat::flash() {
   QApplication::alert(win_, 200);
 }
 
+// While a macro runs: the window's messages are handled (so it lives and
+// the halt key arrives), whatever is queued already, and nothing waits.
+void qtplat::peek() {
+  if (gone_) return;
+  QCoreApplication::processEvents(QEventLoop::AllEvents);
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
 int qtplat::wait(int ms) {
   if (gone_) return FS_WAIT_GONE;
   if (fs_evpending()) return FS_WAIT_EVENT;

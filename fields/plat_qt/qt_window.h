@@ -68,6 +68,7 @@ class qtplat : public fs_plat {
   void flash() override;
   void alert(const std::string &text) override;
   int wait(int ms) override;
+  void peek() override;
   void title(const std::string &text) override;
   void geometry(fs_metrics &m) override;
   void size(int lines, int cols) override;

@@ -183,6 +183,7 @@ class termplat : public fs_plat {
     beep();
   }
   int wait(int ms) override;
+  void peek() override;
   void title(const std::string &text) override {
     std::string t = tk_title_text(text);
     if (t != title_) titlewanted_ = true;
@@ -461,6 +462,14 @@ int termplat::wait(int ms) {
     }
     if (end >= 0 && now_ms() >= end && !got_winch && !got_hup) return FS_WAIT_TIMEOUT;
   }
+}
+
+// What was typed while a macro runs: read whatever is there, events queued
+// or not, and draw nothing (the page stays as it was until the macro ends).
+void termplat::peek() {
+  if (gone_ || down_) return;
+  pollfd p = {0, POLLIN, 0};
+  if (poll(&p, 1, 0) > 0 && (p.revents & POLLIN)) readinput();
 }
 
 termplat *layer = nullptr;  // the one terminal layer of the process

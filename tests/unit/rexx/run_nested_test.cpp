@@ -187,11 +187,16 @@ TEST_F(RunNested, ExternalRoutinesAlongPath)
   }
   std::string old = std::getenv("PATH") ? std::getenv("PATH") : "";
   setenv("PATH", (dir + ":" + old).c_str(), 1);
-  ran r = run_text("x = 'outer'\nsay pathfn(3, 4) x\ncall pathfn 1, 1\nsay result\n");
+  // Merged into the program, the file runs as an internal routine and sets
+  // the caller's x; under NOLOAD it runs apart and x stays the caller's.
+  ran merged = run_text("x = 'outer'\nsay pathfn(3, 4) x\ncall pathfn 1, 1\nsay result\n");
+  ran apart = run_text("option noload\nx = 'outer'\nsay pathfn(3, 4) x\n");
   setenv("PATH", old.c_str(), 1);
   std::remove(path.c_str());
-  EXPECT_EQ(r.rc, 0);
-  EXPECT_EQ(r.out, "7 outer\n2\n");
+  EXPECT_EQ(merged.rc, 0);
+  EXPECT_EQ(merged.out, "7 inner\n2\n");
+  EXPECT_EQ(apart.rc, 0);
+  EXPECT_EQ(apart.out, "7 outer\n");
 }
 
 }  // namespace
