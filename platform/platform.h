@@ -3,6 +3,7 @@
 // directly for these.
 #pragma once
 #include <string>
+#include <vector>
 
 // Directory of the running program, ending in '/', or "" when unknown.
 std::string pl_exedir();
