@@ -5,7 +5,6 @@
 #include "platform/platform.h"
 
 #include <gtest/gtest.h>
-#include <regex>
 
 namespace {
 
@@ -45,13 +44,15 @@ TEST(TextPdf, CrossReferencesPointAtTheirObjects)
     ASSERT_NE(sx, std::string::npos);
     size_t xref = std::stoul(pdf.substr(sx + 10));
     ASSERT_EQ(pdf.compare(xref, 5, "xref\n"), 0);
-    std::smatch m;
     std::string tail = pdf.substr(xref);
-    ASSERT_TRUE(std::regex_search(tail, m, std::regex("xref\n0 (\\d+)\n")));
-    int n = std::stoi(m[1]);
+    ASSERT_EQ(tail.compare(0, 7, "xref\n0 "), 0);
+    size_t eol = tail.find('\n', 7);
+    ASSERT_NE(eol, std::string::npos);
+    int n = std::stoi(tail.substr(7, eol - 7));
+    size_t head_len = eol + 1; // "xref\n0 N\n"
     EXPECT_EQ(n, 7); // catalog, pages, font, info, one page and its contents, and entry 0
     for (int i = 1; i < n; i++) {
-        size_t off = std::stoul(tail.substr(m.length(0) + 20 * (size_t)i, 10));
+        size_t off = std::stoul(tail.substr(head_len + 20 * (size_t)i, 10));
         std::string head = std::to_string(i) + " 0 obj\n";
         EXPECT_EQ(pdf.compare(off, head.size(), head), 0) << "object " << i;
     }
