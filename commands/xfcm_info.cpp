@@ -2,6 +2,8 @@
 // PWD, REFRESH, DEFINE, the remembered commands (=, ?, HIStory, SET =), the
 // service words of SYSCMD, and the handler of commands still to be built.
 #include "commands/commands.h"
+#include "commands/xfsettings.h"
+#include "tools/tools.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
 #include "session/xed.h"
@@ -43,6 +45,8 @@ void xfhist_add(std::string_view line)
     if (history.size() > history_max)
         history.erase(history.begin());
     history_pos = -1;
+    if (xfset_text("SHOWHistory") == "ON")
+        tl_history_follow(std::string(line));
 }
 
 bool xfhist_get(size_t back, std::string &out)

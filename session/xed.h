@@ -240,6 +240,8 @@ struct xview {
     int32_t shadow = 1;       // SHADOW ON
     int32_t prefix_width = 5; // digits of the prefix area at the last draw
     size_t msgshown = 0;      // messages of msgs already drawn
+    std::string msgline;      // the message line as last drawn
+    bool msgkeep = false;     // the next draw keeps it (a redraw nobody asked for)
     struct rowmap {
         int32_t fld;          // text field of the row, 0 none
         int32_t li;           // line index, -1 top, nbli end, -3 shadow
@@ -461,6 +463,7 @@ void xfendsig_install();          // outside signals end the run through the res
 void xfendsig_point();            // a safe point: rescues and ends when such a signal came
 void xfendsig_rescue();           // the rescue of that end, once
 void xfmacro_poll();              // a running macro's poll: end signals and the halt key
+bool xfhalt_key();                // the halt key typed since the last look (keys besides it stay queued)
 [[noreturn]] void xfinterr(int code);
 void xfrescue(int code, const std::string &message, bool restart);
 int xfrestart();                   // write restart.x and start anew

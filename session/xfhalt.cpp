@@ -1,7 +1,8 @@
 // The halt key: while a macro runs, the interpreter's poll looks at what the
 // user has typed, and Ctrl+C or Ctrl+Break halts the macro (the HALT
-// condition, which the macro may trap). Other keys typed meanwhile stay
-// queued for after the macro.
+// condition, which the macro may trap). A command the editor waits for in
+// a shell window looks the same way and is stopped by it. Other keys typed
+// meanwhile stay queued for after the macro.
 #include "session/xed.h"
 #include "fields/fields.h"
 #include "fields/plat.h"
@@ -31,21 +32,26 @@ bool is_halt(const fs_event &ev)
 
 } // namespace
 
-void xfmacro_poll()
+bool xfhalt_key()
 {
     xfendsig_point();
     fs_plat *p = batch ? nullptr : fs_layer();
     if (!p)
-        return;
+        return false;
     // A look at the input costs a system call: a few times a second is
     // soon enough for a person and keeps a busy macro fast.
     using clock = std::chrono::steady_clock;
     static clock::time_point last;
     clock::time_point now = clock::now();
     if (now - last < std::chrono::milliseconds(50))
-        return;
+        return false;
     last = now;
     p->peek();
-    if (fs_evcut(is_halt) > 0)
+    return fs_evcut(is_halt) > 0;
+}
+
+void xfmacro_poll()
+{
+    if (xfhalt_key())
         rx_request_halt();
 }

@@ -314,11 +314,16 @@ void compose_view(page_builder &pb)
         pb.add(y0, x0, w, TYPE_PROTECTED, C_ID, 0, "");
     }
 
-    // Message line: the newest message since the last draw.
+    // Message line: the newest message since the last draw. A draw the user
+    // did not cause (a child's output arriving) leaves it standing.
     std::string msg;
     if (xv->msgshown < xv->msgs.size())
         msg = xv->msgs.back();
+    else if (xv->msgkeep)
+        msg = xv->msgline;
     xv->msgshown = xv->msgs.size();
+    xv->msgkeep = false;
+    xv->msgline = msg;
     xv->msgfield = pb.add(row_msg, x0, w, TYPE_PROTECTED, C_MSG, 0, msg);
 
     xv->cmdfield = 0;

@@ -433,6 +433,8 @@ void xfread(int toplevel)
         case AS_NUDGED: // a child's output arrived: compose the page again
             read_cursor();
             xfack();
+            if (xv)
+                xv->msgkeep = true;
             xfdisplay();
             continue;
         case 40: // the scroll bar: its position is the new current line

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <sys/stat.h>
 
 namespace {
 
@@ -144,6 +145,10 @@ bool chain(const tl_rule &r, const std::string &text, tl_hit &hit)
 
 int tl_rules_read(const std::string &path, std::vector<tl_rule> &rules, std::string &err, std::string &detail)
 {
+    // A folder by that name opens but reads nothing: it is no rule file.
+    struct stat st;
+    if (stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode))
+        return 1;
     std::ifstream in(path, std::ios::binary);
     if (!in)
         return 1;

@@ -11,6 +11,7 @@
 #include "fields/fields.h"
 #include "fields/plat.h"
 #include "platform/platform.h"
+#include "rexx/run.h"
 #include "session/xed.h"
 #include "session/xfpage.h"
 
@@ -36,8 +37,10 @@ struct shellrun {
     bool echo = false;    // batch: each line to standard output too
     bool async = false;   // taken by the screen's wait rather than a loop of the caller
     bool finished = false;
+    bool stopped = false; // ended by the editor (CLOSECONSOLE, the halt key), not by itself
 };
 std::vector<std::unique_ptr<shellrun>> runs; // started and not yet finished
+int32_t history_fileid = -1;                 // the last history window shown
 
 // Each wakeup takes at most this much, so that keys are read between the
 // pieces of a fast child's output.
@@ -147,7 +150,13 @@ void finish(shellrun &r)
             xf->chgsince = 0;
         }
     }
-    if (r.child.signal)
+    // The shell may report a command it lost to a signal as a plain
+    // status, so one the editor stopped says so itself.
+    // "Running" stands while output comes; it goes with the end.
+    for (xview *v : views)
+        if (v->msgline == xfmsg_text(105))
+            v->msgline.clear();
+    if (r.child.signal || r.stopped)
         xfmsg(101, 1);
     if (!batch)
         asnudge();
@@ -354,6 +363,12 @@ int tl_xshell(const std::string &command, const std::string &source, const std::
         bool output = run.child.out >= 0;
         pollfd p{output ? run.child.out : run.exitfd, POLLIN, 0};
         poll(&p, p.fd >= 0 ? 1 : 0, 100);
+        if (xfhalt_key()) {
+            // The macro that waits is halted too: the user meant both.
+            rx_request_halt();
+            run.stopped = true;
+            pl_child_stop(run.child);
+        }
         if (output)
             on_output(&run);
         else if (run.exitfd >= 0)
@@ -374,7 +389,23 @@ int tl_show_lines(const std::string &source, const std::string &window, const st
 {
     std::string name = tl_outname(source.empty() ? own_dir() + "no_file" : source, window, own_dir(), std::string(), 1, in_ring);
     make_outfile(xfcanon(name), lines.empty() ? std::vector<std::string>{std::string()} : lines);
+    if (window == "history")
+        history_fileid = xf->fileid;
     return 0;
+}
+
+void tl_history_follow(const std::string &line)
+{
+    bound b(history_fileid);
+    if (!b.ok)
+        return;
+    // An empty history shows as one empty line: the first command takes it.
+    if (nbli() == 1 && xf->lines[0].len == 0)
+        xf->lines[0] = {xfstrdup(line), (int32_t)line.size(), 0, 0};
+    else
+        add_lines({line});
+    xf->chgcount = 0;
+    xf->chgsince = 0;
 }
 
 int tl_running()
@@ -388,6 +419,7 @@ int tl_close_all()
     int n = 0;
     for (auto &r : runs)
         if (!r->finished && r->child.pid > 0) {
+            r->stopped = true;
             pl_child_stop(r->child);
             n++;
         }

@@ -74,3 +74,6 @@ bool tl_rules_match(const std::vector<tl_rule> &rules, const std::string &type, 
 // Shows `lines` in a shell-window file named after the window (the history
 // of commands), made afresh in the current view. 0.
 int tl_show_lines(const std::string &source, const std::string &window, const std::vector<std::string> &lines);
+// Adds `line` at the end of the last history window shown, if it is still
+// in the ring; its views at the end follow. Nothing otherwise.
+void tl_history_follow(const std::string &line);

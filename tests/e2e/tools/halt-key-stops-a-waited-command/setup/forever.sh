@@ -1,0 +1,3 @@
+echo started
+sleep 1000 &
+sleep 1000
