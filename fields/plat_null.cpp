@@ -41,6 +41,7 @@
 #include "platform/platform.h"
 #include <cstdio>
 #include <cstdlib>
+#include <chrono>
 #include <cstring>
 #include <fstream>
 #include <sstream>
@@ -340,7 +341,9 @@ int fs_nullplat::exec(const std::string &line, std::string &err) {
   }
   if (verb == "settle" && w.size() == 1) {
     // Real time, unlike wait: the children run outside the script's clock.
-    for (int i = 0; i < 2000 && pl_watch_count() > 0; i++) pl_watch_poll(10);
+    // Up to a minute: a fast child fills many reads, each of a pipe's worth.
+    auto until = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (pl_watch_count() > 0 && std::chrono::steady_clock::now() < until) pl_watch_poll(10);
     marked = true;
     return FS_WAIT_EVENT;
   }
