@@ -1,9 +1,7 @@
 // Printing: PRINTFile prints the file (or the lines of a target), PRINTScreen
-// the page as it is shown. With a printer set up (the printing system names
-// a default destination, or PRINTER names one) the text goes to `lp`; with
-// none it is written as a PDF document, beside the file for PRINTFile and in
-// the current folder for PRINTScreen, under a name no file has yet, and the
-// message says where.
+// the page as it is shown, through the printing service; with no printer
+// set up the PDF goes beside the file for PRINTFile and in the current
+// folder for PRINTScreen.
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
@@ -28,93 +26,19 @@ int say(const std::string &text, int level, int rc)
     return 1;
 }
 
-// The printer to use, or "" when none is set up.
-std::string printer()
-{
-    for (const char *v : {"PRINTER", "LPDEST"})
-        if (const char *p = std::getenv(v); p && *p)
-            return p;
-    std::string out;
-    pl_run_opts o;
-    o.with_stderr = false;
-    o.max_out = 4096;
-    if (pl_run_capture({"lpstat", "-d"}, out, o) != 0)
-        return "";
-    size_t c = out.find("destination:");
-    if (c == std::string::npos)
-        return "";
-    std::string_view rest = xftrim(std::string_view(out).substr(c + 12));
-    return std::string(rest.substr(0, rest.find_first_of(" \t\n")));
-}
-
-// A new file `base` + ".pdf" in `dir` (or base-2.pdf and so on), never
-// through a link nor over an existing file. Returns its descriptor.
-int new_pdf(const std::string &dir, const std::string &base, mode_t mode, std::string &path)
-{
-    for (int i = 1; i < 1000; i++) {
-        path = dir + "/" + base + (i == 1 ? "" : "-" + std::to_string(i)) + ".pdf";
-        int fd = pl_create_new(path, mode);
-        if (fd != -EEXIST)
-            return fd;
-    }
-    return -EEXIST;
-}
-
-int to_pdf(const std::vector<std::string> &lines, const std::string &title, const std::string &dir,
-           const std::string &base, mode_t mode, bool utf8)
-{
-    std::string pdf = pl_text_pdf(lines, title, utf8), path;
-    int fd = new_pdf(dir, base, mode, path);
-    if (fd < 0) {
-        // A folder we cannot write to: the user's state folder instead.
-        std::string alt = pl_state_dir("print");
-        if (!alt.empty())
-            fd = new_pdf(alt.back() == '/' ? alt.substr(0, alt.size() - 1) : alt, base, mode, path);
-    }
-    if (fd < 0)
-        return say("..... Unable to write the PDF file for " + title + ": " + std::strerror(-fd), 1, 1);
-    int e = pl_write_all(fd, pdf.data(), pdf.size());
-    if (close(fd) != 0 && e == 0)
-        e = errno;
-    if (e != 0) {
-        unlink(path.c_str());
-        return say("..... Unable to write " + path + ": " + std::strerror(e), 1, 1);
-    }
-    return say("..... No printer set up; written to " + path, 0, 0);
-}
-
-int to_printer(const std::string &dest, const std::vector<std::string> &lines, const std::string &title)
-{
-    std::string dir = pl_state_dir("print"), tmp;
-    if (dir.empty())
-        return say("..... Unable to make a copy to print", 1, 1);
-    int fd = pl_create_temp(dir + (dir.back() == '/' ? "" : "/") + "job", 0600, tmp);
-    if (fd < 0)
-        return say("..... Unable to make a copy to print", 1, 1);
-    std::string text;
-    for (const std::string &l : lines)
-        text += l + "\n";
-    int e = pl_write_all(fd, text.data(), text.size());
-    close(fd);
-    std::string out, err;
-    pl_run_opts o;
-    o.max_out = 65536;
-    int rc = e ? -e : pl_run_capture({"lp", "-d", dest, "-t", title, "--", tmp}, out, o, &err);
-    unlink(tmp.c_str());
-    if (rc == -ENOENT)
-        return say("..... The lp command is not installed (Debian package cups-client)", 1, 1);
-    if (rc != 0) {
-        std::string why(xftrim(err.substr(0, err.find('\n'))));
-        return say("..... The printer refused the job" + (why.empty() ? std::string() : ": " + why), 1, 1);
-    }
-    return say("..... Printed on " + dest, 0, 0);
-}
-
 int print(const std::vector<std::string> &lines, const std::string &title, const std::string &dir,
           const std::string &base, mode_t mode, bool utf8)
 {
-    std::string dest = printer();
-    return dest.empty() ? to_pdf(lines, title, dir, base, mode, utf8) : to_printer(dest, lines, title);
+    pl_print_job job;
+    job.lines = lines;
+    job.title = title;
+    job.dir = dir;
+    job.base = base;
+    job.mode = mode;
+    job.utf8 = utf8;
+    std::string message;
+    int rc = pl_print(job, message);
+    return say(message, rc ? 1 : 0, rc);
 }
 
 } // namespace

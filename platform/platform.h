@@ -45,6 +45,19 @@ std::string pl_sha256(const std::string &data);
 // are UTF-8, else Latin-1 bytes. The same text always gives the same bytes.
 std::string pl_text_pdf(const std::vector<std::string> &lines, const std::string &title, bool utf8);
 
+// What to print and, when no printer is set up, where its PDF goes.
+struct pl_print_job {
+    std::vector<std::string> lines;
+    std::string title;     // the job's name at the printer and the PDF's title
+    std::string dest;      // a printer by name; "" the one set up, if any
+    std::string dir, base; // the PDF: dir/base.pdf, or base-2.pdf and so on
+    mode_t mode = 0644;
+    bool utf8 = true;
+};
+// Prints the lines on a printer (through lp) or, with none set up, writes
+// them as a PDF. 0, or 1 when it failed; `message` says where or why.
+int pl_print(const pl_print_job &job, std::string &message);
+
 // ---- requests from outside to end ---------------------------------------------
 
 // Hang-up, terminate, interrupt, quit and the two user signals: the handler

@@ -5,6 +5,7 @@
 //   lines DISKW  fn [ft [fm [linenum [recfm [lrecl]]]]] [( write options]
 //   lines DISKI  (as DISKW: inserts before linenum)
 //   lines DISKD  fn [ft [fm [linenum]]]            [( FINIS]
+//   lines PRINT  printer [linenum [recfm [lrecl]]]  [( write options]
 //
 // The operands are read by a small lexer (blank-separated words, a name may
 // be quoted) into an operand block, driven by two tables: the positional
@@ -15,6 +16,11 @@
 // an fm of one letter and an optional digit names the current folder; fn
 // alone, or an fn holding a '/' or a '.', is the whole path, and the next
 // word after such a name is the line number.
+//
+// PRINT gathers lines into a job for the printer (* the one set up) and
+// hands the job to the printing service at FINIS, or at the end of the
+// program; with no printer set up the job becomes a PDF document in the
+// current folder. LINESPAGE starts a page after that many lines.
 //
 // Return codes: 0 done, 2 the end of the file came before the count (or a
 // FIND/LOCATE/AVOID target was not met), 24 a bad operand (with its
@@ -30,11 +36,12 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/platform.h"
 #include "rexx/exec_int.h"
 
 namespace {
 
-enum mode_t_ { M_NONE, M_DISKR, M_DISKRU, M_DISKW, M_DISKI, M_DISKD };
+enum mode_t_ { M_NONE, M_DISKR, M_DISKRU, M_DISKW, M_DISKI, M_DISKD, M_PRINT };
 enum { RC_EOF = 2, RC_SYNTAX = 24, RC_NOFILE = 28, RC_IO = 31 };
 
 struct operands {
@@ -142,6 +149,16 @@ int pos_linenum(operands& o, const std::string& w) {
   if (!number(w, o.linenum) || o.linenum < 1) return syntax("Invalid EXECIO \"LINENUM\" operand.");
   return 0;
 }
+// A printer's name as the printing system takes it: printable, without
+// blanks, slashes or number signs; * the printer set up.
+int pos_printer(operands& o, const std::string& w) {
+  bool ok = !w.empty() && w.size() <= 127;
+  for (char c : w)
+    if ((unsigned char)c <= ' ' || c == 0x7f || c == '/' || c == '#') ok = false;
+  if (!ok) return syntax("Invalid EXECIO \"PRINTER\" operand.");
+  o.fn = w;
+  return 0;
+}
 int pos_recfm(operands& o, const std::string& w) {
   if (w.size() != 1 || !strchr("FfVv", w[0])) return syntax("Invalid EXECIO \"RECFM\" value.");
   o.recfm = (char)toupper((unsigned char)w[0]);
@@ -165,6 +182,7 @@ constexpr mode_row mode_rows[] = {
     {"diskw", M_DISKW, false, {pos_fn_, pos_ft, pos_fm, pos_linenum, pos_recfm, pos_lrecl}},
     {"diski", M_DISKI, false, {pos_fn_, pos_ft, pos_fm, pos_linenum, pos_recfm, pos_lrecl}},
     {"diskd", M_DISKD, false, {pos_fn_, pos_ft, pos_fm, pos_linenum, nullptr, nullptr}},
+    {"print", M_PRINT, false, {pos_printer, pos_linenum, pos_recfm, pos_lrecl, nullptr, nullptr}},
 };
 
 // ---- options ------------------------------------------------------------------
@@ -284,9 +302,10 @@ int parse(std::string_view text, operands& o) {
     if (int rc = mode->pos[npos++](o, w)) return rc;
     // A path or a name with its extension is the file whole: no ft or fm
     // follow it.
-    if (npos == 1 && o.fn.find_first_of("/.") != std::string::npos) npos = 3;
+    if (npos == 1 && mode->pos[1] == pos_ft && o.fn.find_first_of("/.") != std::string::npos) npos = 3;
   }
-  if (o.fn.empty()) return syntax("Invalid EXECIO \"FN\" and \"FT\" operands.");
+  if (o.fn.empty())
+    return syntax(o.mode == M_PRINT ? "Invalid EXECIO \"PRINTER\" operand." : "Invalid EXECIO \"FN\" and \"FT\" operands.");
   while (in_options && lx.word(w)) {
     if (w == ")") continue;
     std::string lw = lower(w);
@@ -644,21 +663,68 @@ int do_write(operands& o) {
   return 0;
 }
 
+// ---- the printer ------------------------------------------------------------------
+
+// Jobs being gathered, by printer name.
+struct print_job {
+  std::vector<std::string> lines;
+  long long on_page = 0;  // lines since the last page began
+};
+std::unordered_map<std::string, print_job>& jobs() {
+  static std::unordered_map<std::string, print_job> j;
+  return j;
+}
+
+int send_job(std::string printer) {  // a copy: the key it names goes
+  auto it = jobs().find(printer);
+  if (it == jobs().end()) return 0;
+  pl_print_job job;
+  job.lines = std::move(it->second.lines);
+  jobs().erase(it);
+  job.title = "My Document";
+  job.base = "My Document";
+  job.dest = printer == "*" ? "" : printer;
+  char here[4096];
+  job.dir = getcwd(here, sizeof here) ? here : ".";
+  std::string message;
+  if (pl_print(job, message) == 0) return 0;
+  size_t text = message.find_first_not_of(". ");
+  rx_out_trace("EXECIO: " + message.substr(text == std::string::npos ? 0 : text) + "\n");
+  return RC_IO;
+}
+
+int do_print(operands& o) {
+  std::vector<std::string> out;
+  gather(o, out);
+  print_job& job = jobs()[o.fn];
+  for (const std::string& l : out) {
+    // A form feed before a line starts a page in the document.
+    bool new_page = o.linespage > 0 && job.on_page >= o.linespage;
+    job.lines.push_back((new_page ? "\f" : "") + shaped(o, l));
+    job.on_page = new_page ? 1 : job.on_page + 1;
+  }
+  return o.finis ? send_job(o.fn) : 0;
+}
+
 }  // namespace
 
 int rx_execio(std::string_view text) {
   operands o;
   if (int rc = parse(text, o)) return rc;
   if (o.lines == 0 && o.finis) {
-    // Only closes the file.
+    // Only closes the file, or sends the job.
+    if (o.mode == M_PRINT) return send_job(o.fn);
     forget(path_of(o));
     return 0;
   }
+  if (o.mode == M_PRINT) return do_print(o);
   if (o.mode == M_DISKR || o.mode == M_DISKRU) return do_read(o);
   return do_write(o);
 }
 
 void rx_execio_close_all() {
+  // Jobs the program left open are printed, not lost.
+  while (!jobs().empty()) send_job(jobs().begin()->first);
   for (auto& kv : files())
     if (kv.second.fd >= 0) close(kv.second.fd);
   files().clear();
