@@ -442,8 +442,6 @@ bool xfnext_queued(std::string &out)
 void xfread(int toplevel)
 {
     (void)toplevel;
-    if (first_read)
-        as_typehook = typed_over;
     first_read = false;
     asr = released = false;
     nocmd = false;
@@ -452,7 +450,11 @@ void xfread(int toplevel)
         int code = 0, value = 0, nmod = 0;
         if (fs_plat *l = fs_layer(); l && xf && xv) // lines -1 to nbli, top and end included
             l->scrollbar(nbli() + 2, curline() + 1, (long)xv->rows.size());
+        // Only the editor's own read hands typing over a selection back:
+        // the file list, the listings and dialogs read their pages alone.
+        as_typehook = typed_over;
         asread(&code, &value, &nmod);
+        as_typehook = nullptr;
         // A release read before this event is no part of it: the press that
         // ends the read after a release must still run its definition.
         released = false;
