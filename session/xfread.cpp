@@ -155,10 +155,11 @@ struct selkey_state {
 selkey_state selkey;
 
 // The field hook: a character typed over a pending selection of the file
-// under the cursor is the read cycle's, not the field's.
+// under the cursor is the read cycle's, not the field's; in a file that may
+// not be changed it is typed as any other.
 int typed_over(int)
 {
-    if (!xf || !xfsel.pending || xfsel_file() != xfidx)
+    if (!xf || !xf->rw || !xfsel.pending || xfsel_file() != xfidx)
         return 0;
     int id, line, col;
     int32_t li, c;
