@@ -181,6 +181,13 @@ int xfpfx_query(std::string_view rest);
 // Text pasted from outside (a terminal's bracketed paste): inserted at the
 // cursor as a stream, the clipboard left as it is. One undo step.
 int xfpaste_text(const std::string &text);
+// A character typed over a pending selection of the current file (its bytes
+// as the file holds them): the selection is removed and the character put in
+// its place, the cursor behind it. 0 when no such selection is there.
+int xf_cut(const std::string &typed);
+// Removes the selected text (copied to the clipboard first when `keep`):
+// what the DEL selection key does. 0 when there is no selection.
+int xfsel_delete(bool keep);
 
 // ---------------------------------------------------------------------------
 // Help pages (xfhelp.cpp): one data file holds them all.

@@ -111,6 +111,9 @@ void sel_remove()
         xf_do('D', nullptr, a + 1, b - a, 1, nullptr, "xfcm_cut:62");
 }
 
+// A selection in the current file that what is typed or pasted replaces.
+bool sel_replaceable() { return xf && xf->rw && xfsel.pending && xfsel_file() == xfidx; }
+
 // The selection must exist: false after message 58.
 bool need_sel()
 {
@@ -472,6 +475,15 @@ int xfcm_s_paste(const xfcmd &c)
     if (insert < 0)
         insert = batch ? 1 : asqinsert() != 0;
     bool rect = shape < 0 ? cb.rect : shape == 1;
+    // A pending selection here takes the text in its place, unless the
+    // command named the place itself.
+    if (nn == 0 && sel_replaceable()) {
+        li = xfsel.l1 - 1;
+        col = xfsel.c1 - 1;
+        sel_remove();
+        xfsel_clear();
+        insert = 1;
+    }
     paste_at(cb, rect, insert != 0, li, col);
     cmd_rc = 0;
     return 1;
@@ -496,6 +508,13 @@ int xfpaste_text(const std::string &text)
         li = cur.li;
         col = cur.col;
     }
+    // As typing does, a paste over a pending selection takes its place.
+    if (cur.fld == 0 && sel_replaceable() && xfsel_has(li, col)) {
+        li = xfsel.l1 - 1;
+        col = xfsel.c1 - 1;
+        sel_remove();
+        xfsel_clear();
+    }
     paste_at(cb, false, true, li, col);
     // The cursor goes behind what came, as after typing it.
     int32_t last = li + (int32_t)cb.lines.size() - 1;
@@ -503,6 +522,39 @@ int xfpaste_text(const std::string &text)
     int32_t w = xfcol_len(lt.data(), (int32_t)lt.size(), xf->utf8);
     xfcursor_file(last, cb.lines.size() == 1 ? col + w : w);
     cmd_rc = 0;
+    return 1;
+}
+
+int xf_cut(const std::string &typed)
+{
+    if (!sel_replaceable() || typed.empty())
+        return 0;
+    int32_t li = xfsel.l1 - 1, col = xfsel.c1 - 1;
+    sel_remove();
+    xfsel_clear();
+    if (li >= nbli()) {
+        // The selection's line has gone: the character starts a new last line.
+        xf_do('i', typed, nbli() - 1, "xf_cut");
+        li = nbli() - 1;
+        col = 0;
+    } else {
+        xf_do('r', cols(li, 0, col, true) + typed + cols(li, col, -1, false), li, "xf_cut");
+    }
+    xfcursor_file(li, col + 1);
+    return 1;
+}
+
+int xfsel_delete(bool keep)
+{
+    if (xfsel_file() < 0)
+        return 0;
+    sel_bind bind;
+    if (!xf->rw)
+        return fail(118, 1);
+    if (keep)
+        pl_clip_set(sel_text());
+    sel_remove();
+    xfsel_clear();
     return 1;
 }
 

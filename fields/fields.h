@@ -318,6 +318,14 @@ enum { FS_PEND_DIALOG, FS_PEND_MENU };
 typedef int (*fs_pendhook)(int stage, int *value);
 extern fs_pendhook as_pendhook;
 void aspend();
+// A character about to be typed at the cursor (asqcur tells where): the hook
+// answers 1 when its caller takes the character instead, and the read then
+// ends with AS_TYPEDOVER and the character as its value, the cell unchanged;
+// 0 lets it be typed. The editor uses it to put what is typed over a
+// selection in the selection's place. Empty by default.
+typedef int (*fs_typehook)(int ch);
+extern fs_typehook as_typehook;
+constexpr int AS_TYPEDOVER = 675;
 // Maps the cursor to the position the status line shows; null keeps the grid's.
 typedef void (*fs_poshook)(int *line, int *col);
 extern fs_poshook as_poshook;

@@ -294,6 +294,7 @@ int fs_type(int ch, const fs_event &ev, int *value) {
   } else if (c > 255) {
     return refuse();
   }
+  if (as_typehook && as_typehook(c)) return AS_TYPEDOVER;
   int ix = cix(a.pos, a.k);
   if ((f.flags & FSF_REPEND) && pg().hilite[ix] == 2) return 36;
   bool inserting = fs.insert && !(f.flags & FSF_NOINS) && !hex;

@@ -97,6 +97,7 @@ void dumpplane(FILE *out, const char *name, const std::vector<uint8_t> &plane) {
 
 fs_menuhook as_menuhook = nullptr;
 fs_poshook as_poshook = nullptr;
+fs_typehook as_typehook = nullptr;
 
 void fs_paintline(int line) {
   if (fs.cur < 0 || !fs.plat) return;

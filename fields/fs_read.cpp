@@ -410,6 +410,12 @@ int dispatch(const fs_event &e, int ch, int *value) {
     *value = bt;
     return rel ? release(e, bt, value) : press(e, bt);
   }
+  // The left bank is the extra keys; its releases are always told, since the
+  // editor's selection keys act on them.
+  if (code >= FSK_EXTRA1 && code < FSK_EXTRA1 + as_nbkeys[BANK_L] && code < FSK_PRINT) {
+    *value = keynumber(e, BANK_L, code - FSK_EXTRA1 + 1);
+    return rel ? 18 : 8;
+  }
   if (code >= FSK_PRINT && code < FSK_PRINT + as_nbkeys[BANK_R]) {
     *value = keynumber(e, BANK_R, code - FSK_PRINT + 1);
     return rel ? (fs.up ? 19 : -1) : 9;

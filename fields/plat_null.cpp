@@ -12,8 +12,9 @@
 //   click LINE COL [BUTTON]  a button (1 left, 2 middle, 3 right; 1 if not
 //                          given) pressed and released on a cell
 //   dclick LINE COL        two left clicks in quick succession
-//   drag LINE COL LINE COL the left button pressed on the first cell, moved
-//                          to the second and released there
+//   drag LINE COL LINE COL [s-|c-|m-]  the left button pressed on the first
+//                          cell, moved to the second and released there,
+//                          optionally with Shift, Ctrl or Alt held
 //   wheel up|down [s-|c-]  the wheel, optionally with Shift or Ctrl
 //   resize ROWS COLS       the window now has this grid
 //   focus in|out           the window gains or loses the input focus
@@ -277,8 +278,15 @@ int fs_nullplat::exec(const std::string &line, std::string &err) {
   }
   if (verb == "drag") {
     int l1, c1, l2, c2;
-    if (w.size() != 5 || !number(w[1], l1) || !number(w[2], c1) || !number(w[3], l2) ||
-        !number(w[4], c2)) {
+    static const struct {
+      const char *word;  // the optional last word
+      uint16_t mods;     // the modifier held through the drag
+    } held[] = {{"s-", FSM_SHIFT}, {"c-", FSM_CTRL}, {"m-", FSM_ALT}};
+    if (w.size() == 6)
+      for (const auto &h : held)
+        if (strcasecmp(w[5].c_str(), h.word) == 0) e.modifiers = h.mods;
+    if ((w.size() != 5 && (w.size() != 6 || !e.modifiers)) || !number(w[1], l1) ||
+        !number(w[2], c1) || !number(w[3], l2) || !number(w[4], c2)) {
       err = "bad drag";
       return -1;
     }

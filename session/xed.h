@@ -484,7 +484,7 @@ struct xfselection {
     int32_t l2 = 0, c2 = 0;  // last line and column (-1: the line's end)
     int32_t kind = 2;        // 2 stream, 3 rectangle
     int32_t width = 0;       // the screen's width when it was made
-    bool pending = false;    // PENDING: still being extended by the mouse
+    bool pending = false;    // PENDING: typing or a paste over it replaces it
 };
 extern xfselection xfsel;
 // The index in the ring of the selection's file, -1 when there is none.

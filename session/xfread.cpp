@@ -139,6 +139,32 @@ void drag_select()
     if (!file_cell(id, col, li, c))
         return;
     xfsel_set(drag.li, drag.col, li, c, (as_evmods & 4) != 0 ? 3 : 2);
+    // What the mouse selects, typing replaces.
+    xfsel.pending = true;
+}
+
+// The selection keys PUT, GET and DEL act on their press and their release;
+// a drag while one is held selects what the release acts on, and a click
+// while GET is held marks where its release pastes.
+struct selkey_state {
+    int held = -1;           // SK_* of the key held down, -1 none
+    bool dragged = false;    // the mouse selected something meanwhile
+    bool marked = false;     // a click marked a place (GET)
+    int32_t li = 0, col = 0; // that place
+};
+selkey_state selkey;
+
+// The field hook: a character typed over a pending selection of the file
+// under the cursor is the read cycle's, not the field's; in a file that may
+// not be changed it is typed as any other.
+int typed_over(int)
+{
+    if (!xf || !xf->rw || !xfsel.pending || xfsel_file() != xfidx)
+        return 0;
+    int id, line, col;
+    int32_t li, c;
+    asqcur(1, &id, &line, &col);
+    return file_cell(id, col, li, c) && xfsel_has(li, c) ? 1 : 0;
 }
 
 void read_cursor()
@@ -308,6 +334,49 @@ bool type_past_end(int ch)
     return true;
 }
 
+// A press or a release of a selection key; the read goes on after it. The
+// key's own definition does not run: the key is the read cycle's.
+void selection_key(int which, bool press)
+{
+    static const char *const label[SK_COUNT] = {"Commande PUT", "Commande GET", "Commande DEL"};
+    read_cursor();
+    xfack();
+    if (press) {
+        if (which != SK_DEL)
+            xftrace(label[which]);
+        selkey = selkey_state();
+        selkey.held = which;
+        // PUT copies at once; its release pastes once, if a drag chose where.
+        if (which == SK_PUT && xfsel_file() >= 0)
+            xfcom2("s_copy");
+        return;
+    }
+    selkey_state was = selkey;
+    selkey = selkey_state();
+    if (was.held != which || !xf)
+        return; // a release whose press this read cycle never saw
+    if (which == SK_PUT && was.dragged) {
+        xfcom2("s_paste");
+    } else if (which == SK_GET && xfsel_file() >= 0) {
+        // The selection goes to the mark, else to the cursor, else to the
+        // start of the current line.
+        int32_t li = std::max(0, curline()), col = 0;
+        if (was.marked) {
+            li = was.li;
+            col = was.col;
+        } else if (xf->ptcur_i.fld == 0 && xf->ptcur_i.li >= 0 && xf->ptcur_i.li < nbli()) {
+            li = xf->ptcur_i.li;
+            col = xf->ptcur_i.col;
+        }
+        if (xfcom2("s_copy") >= 0 && cmd_rc == 0 && nbli() > 0)
+            xfcom2("s_paste i " + std::to_string(li + 1) + " " + std::to_string(col + 1));
+    } else if (which == SK_DEL) {
+        xftrace(label[which]);
+        // Only what the mouse selected while the key was down is kept.
+        xfsel_delete(was.dragged);
+    }
+}
+
 void scroll(int64_t n)
 {
     if (!xf)
@@ -382,10 +451,19 @@ void xfread(int toplevel)
         int code = 0, value = 0, nmod = 0;
         if (fs_plat *l = fs_layer(); l && xf && xv) // lines -1 to nbli, top and end included
             l->scrollbar(nbli() + 2, curline() + 1, (long)xv->rows.size());
+        // Only the editor's own read hands typing over a selection back:
+        // the file list, the listings and dialogs read their pages alone.
+        as_typehook = typed_over;
         asread(&code, &value, &nmod);
+        as_typehook = nullptr;
+        // A release read before this event is no part of it: the press that
+        // ends the read after a release must still run its definition.
+        released = false;
         aid = code;
         aid_value = value;
         if (code == 24) {
+            if (selkey.held >= 0)
+                selkey.dragged = true;
             drag_select();
             xfdisplay();
             continue;
@@ -396,6 +474,18 @@ void xfread(int toplevel)
             int id, line, col;
             asqmou(1, &id, &line, &col);
             drag.pressed = file_cell(id, col, drag.li, drag.col);
+            if (drag.pressed && selkey.held == SK_GET) {
+                selkey.marked = true;
+                selkey.li = drag.li;
+                selkey.col = drag.col;
+            }
+        }
+        // The left bank is the one whose releases are always told: a
+        // selection key elsewhere acts as its definition says.
+        if (int k = code == 8 || code == 18 ? xfkey_selection(code, value) : -1; k >= 0) {
+            selection_key(k, code == 8);
+            xfdisplay();
+            continue;
         }
         switch (code) {
         case 23: // the window has gone: nothing is saved that was not saved
@@ -404,7 +494,17 @@ void xfread(int toplevel)
         case 25:
             resized = true;
             return;
-        case 27: case 29: case 42: case 67: case 673:
+        case 42: case 67: // a focus change ends what a held selection key began
+            selkey = selkey_state();
+            continue;
+        case 27: case 29: case 673:
+            continue;
+        case AS_TYPEDOVER: // typed over a pending selection: it takes the character's place
+            read_cursor();
+            xfack();
+            if (xf && xf_cut(typed_bytes(value, xf->utf8 != 0)))
+                typed_this_cycle = true;
+            xfdisplay();
             continue;
         case 64:
             if (value == FS_PASTE_ID) {

@@ -15,6 +15,8 @@ void forget_pending()
     xf->pend2.clear();
     xf->pfxtexts.clear();
     xf->pfxerrs.clear();
+    // The text under a selection is no longer what was selected.
+    xfsel_clear();
 }
 
 // Lines that come back get no stop mark and the view's selection level.

@@ -226,6 +226,68 @@ TEST_F(Selection, FollowsLinesAddedAndRemovedBeforeIt)
     EXPECT_LT(xfsel_file(), 0);
 }
 
+TEST_F(Selection, TypedOverPendingSelectionTakesItsPlace)
+{
+    file({"abcdef", "ghijkl", "mnop"});
+    // Not pending: the character is not taken, and nothing changes.
+    xfcmdline("s_set l nopending 1 3 2 2");
+    EXPECT_EQ(xf_cut("X"), 0);
+    xfcmdline("s_set l p 1 3 2 2");
+    xf->rw = 0;
+    EXPECT_EQ(xf_cut("X"), 0); // a read-only file keeps its text
+    xf->rw = 1;
+    EXPECT_EQ(xf_cut(""), 0);
+    EXPECT_EQ(text(), (lines{"abcdef", "ghijkl", "mnop"}));
+    xfopen_groups();
+    EXPECT_EQ(xf_cut("X"), 1);
+    EXPECT_EQ(text(), (lines{"abXijkl", "mnop"}));
+    EXPECT_LT(xfsel_file(), 0);
+    EXPECT_TRUE(pl_clip_own().lines.empty()); // typing over is no cut
+    EXPECT_FALSE(xf->curstack.empty());
+    EXPECT_EQ(xf->curstack.back().li, 0);
+    EXPECT_EQ(xf->curstack.back().col, 3); // behind the character
+    // One undo step brings the text back, not the selection.
+    EXPECT_TRUE(xf_undo());
+    EXPECT_EQ(text(), (lines{"abcdef", "ghijkl", "mnop"}));
+    EXPECT_LT(xfsel_file(), 0);
+    // A rectangle: the character stands at its top left corner, padded out
+    // where the line is short.
+    xfcmdline("s_set r p 2 8 3 9");
+    EXPECT_EQ(xf_cut("\xc3\xa9"), 1);
+    EXPECT_EQ(text(), (lines{"abcdef", "ghijkl \xc3\xa9", "mnop"}));
+}
+
+TEST_F(Selection, DeleteKeyKeepsTheTextOnlyWhenAsked)
+{
+    file({"abcdef"});
+    xfcmdline("s_copy r before");
+    xfcmdline("s_set l 1 2 1 3");
+    EXPECT_EQ(xfsel_delete(false), 1);
+    EXPECT_EQ(text(), (lines{"adef"}));
+    EXPECT_EQ(pl_clip_own().lines, (lines{"before"}));
+    EXPECT_EQ(xfsel_delete(false), 0); // no selection left
+    xfcmdline("s_set l 1 1 1 2");
+    EXPECT_EQ(xfsel_delete(true), 1);
+    EXPECT_EQ(text(), (lines{"ef"}));
+    EXPECT_EQ(pl_clip_own().lines, (lines{"ad"}));
+}
+
+TEST_F(Selection, PasteOfManyLinesIsOneStep)
+{
+    file({"head", "tail"});
+    std::string big;
+    for (int i = 0; i < 100000; i++)
+        big += "line " + std::to_string(i) + "\n";
+    xfopen_groups();
+    EXPECT_EQ(xfpaste_text(big), 1);
+    ASSERT_EQ(nbli(), 100002);
+    EXPECT_EQ(text()[0], "line 0");
+    EXPECT_EQ(text()[99999], "line 99999");
+    EXPECT_EQ(text()[100000], "head"); // whole lines stay whole
+    EXPECT_TRUE(xf_undo());
+    EXPECT_EQ(text(), (lines{"head", "tail"}));
+}
+
 TEST(Clipboard, JoinSplitAndBase64)
 {
     pl_clip c = pl_clip_split("a\r\nbc\nd\n", true);

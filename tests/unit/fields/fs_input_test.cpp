@@ -452,6 +452,56 @@ TEST_F(Input, ModifiedFlagsAcrossReads) {
   EXPECT_EQ(asqmod(2, ids, lens, used), 1);
 }
 
+// The typing hook: a character it takes ends the read with the character
+// and leaves the cell; one it declines is typed. It sees the cursor where
+// the character would go.
+int hook_calls = 0;
+int hook_col = 0;
+int take_over_b(int ch) {
+  hook_calls++;
+  int id, l, c;
+  asqcur(1, &id, &l, &c);
+  hook_col = c;
+  return ch == 'b';
+}
+
+TEST_F(Input, TypingHookTakesWhatItWants) {
+  define({fld(1, 2, 5, 1, 6)});
+  put(1, "abcdef");
+  asfcur(1, 1, 3);
+  hook_calls = 0;
+  as_typehook = take_over_b;
+  result r = read("type ab\nkey enter");
+  EXPECT_EQ(r.code, AS_TYPEDOVER);
+  EXPECT_EQ(r.value, 'b');
+  EXPECT_EQ(hook_col, 4);
+  EXPECT_EQ(get(1), "abadef");  // 'a' typed, 'b' not
+  EXPECT_EQ(col(), 5 + 3);     // the cursor stays where 'b' would have gone
+  EXPECT_EQ(read("").code, 0);  // the Enter after it is still there
+  EXPECT_EQ(hook_calls, 2);
+  // A refused character never reaches the hook.
+  define({fld(1, 2, 5, 1, 6, 2)});
+  asfcur(1, 1, 1);
+  read("type b\nkey enter");
+  EXPECT_EQ(hook_calls, 2);
+  as_typehook = nullptr;
+}
+
+TEST_F(Input, LeftBankPressAndReleaseAlwaysTold) {
+  asfup(0);
+  const char *pre[3] = {"", "s-", "c-"};
+  for (int i = 0; i < 3; i++) {
+    result r = read(std::string("key ") + pre[i] + "l6");
+    EXPECT_EQ(r.code, 8);
+    EXPECT_EQ(r.value, i * 10 + 6) << pre[i];
+    r = read("");
+    EXPECT_EQ(r.code, 18);
+    EXPECT_EQ(r.value, i * 10 + 6);
+  }
+  // Keys past the bank's count are no keys.
+  EXPECT_EQ(read("key l11\nkey enter").code, 0);
+}
+
 TEST_F(Input, ShiftRuleForAllEightStates) {
   asfup(1);
   const char *pre[8] = {"", "s-", "c-", "m-", "s+c-", "s+m-", "c+m-", "s+c+m-"};
