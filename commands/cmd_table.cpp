@@ -278,7 +278,7 @@ const cmd_entry cmd_table[CMD_COUNT] = {
     {"SRChange", 0, xfcm_srchange},
     {"PDFRChange", 0, xfcm_pdfrchange},
     {"XEDRChange", 0, xfcm_xedrchange},
-    {"READ", 0, xfcm_notimpl},
+    {"READ", 0, xfcm_read},
     {"READScreen", 0, xfcm_readscreen},
     {"REDo", 0, xfcm_redo},
     {"REFRESH", 0, xfcm_refresh},

@@ -93,6 +93,7 @@ int xfcm_number(const xfcmd &c);
 int xfcm_prefix(const xfcmd &c);
 int xfcm_prefix_screen(const xfcmd &c);
 int xfcm_pending(const xfcmd &c);
+int xfcm_read(const xfcmd &c);
 int xfcm_autoexp(const xfcmd &c);
 int xfcm_autoindent(const xfcmd &c);
 
