@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -559,11 +560,92 @@ void clean()
              pt.end());
 }
 
+// A single operation keeps its line on the row it was typed on: the screen
+// shifts instead, by at most the operation's distance, so that a deletion
+// or an addition above the current line does not slide the rows the user
+// was looking at.
+struct kept_row {
+    int32_t li = -2;   // the line operated on, -2 none
+    int rows = 0;      // file rows from it down to the current line's row
+    int32_t dist = 0;  // how far the current line may move for it
+};
+
+int32_t row_distance(int32_t code)
+{
+    switch (code) {
+    case PFX_DEL:
+        return 10;
+    case PFX_ADD: case PFX_INS: case PFX_DUP: case PFX_DUP2: case PFX_REP:
+        return 30;
+    case PFX_GET:
+        return 40;
+    default:
+        return 0;
+    }
+}
+
+kept_row note_row()
+{
+    kept_row k;
+    if (xf->pend1.size() != 1 || !xf->pend2.empty())
+        return k;
+    const xfpend &p = xf->pend1.front();
+    int r = -1, c = -1;
+    for (int i = 0; i < (int)xv->rows.size(); i++) {
+        const xview::rowmap &m = xv->rows[(size_t)i];
+        if (r < 0 && (p.field > 0 ? m.pfx == p.field : m.pli == p.li && m.li == p.li))
+            r = i;
+        if (c < 0 && m.li == curline())
+            c = i;
+    }
+    k.dist = row_distance(p.code);
+    if (r < 0 || c < 0 || k.dist == 0 || p.li < 0)
+        return k;
+    // Rows that show no line (scale, tab line, reserved) do not count.
+    int dir = c >= r ? 1 : -1;
+    for (int i = r; i != c; i += dir)
+        if (xv->rows[(size_t)(i + dir)].li != -4)
+            k.rows += dir;
+    k.li = p.li;
+    return k;
+}
+
+// The line n file rows below li (above for n < 0), a shadow row counting as
+// one; -2 when that row is a shadow row or off the file.
+int32_t rows_from(int32_t li, int n)
+{
+    int dir = n >= 0 ? 1 : -1;
+    for (int k = 0; k != n; k += dir) {
+        int32_t nli = li + dir;
+        bool hidden = false;
+        while (nli >= 0 && nli < nbli() && !xfinscope(nli)) {
+            nli += dir;
+            hidden = true;
+        }
+        if (hidden && xv->shadow && xv->scope == 0 && (k += dir) == n)
+            return -2;
+        if (nli < topline || nli >= nbli())
+            return -2;
+        li = nli;
+    }
+    return li;
+}
+
+void keep_row(const kept_row &k)
+{
+    if (k.li < 0 || k.li >= nbli() || !xfinscope(k.li))
+        return;
+    int32_t cur = rows_from(k.li, k.rows);
+    if (cur != -2 && std::abs((int64_t)cur - curline()) <= k.dist)
+        curline() = cur;
+}
+
 void apply_file()
 {
     if (xf->pend1.empty() && xf->pend2.empty())
         return;
     xfile *f = xf;
+    kept_row row = note_row();
     int32_t case_mode = xf->case_mode;
     xf->case_mode = 0; // mixed, ignored: the entries' own searches
     run_singles(false);
@@ -577,6 +659,7 @@ void apply_file()
     report_waiting();
     clean();
     xfclampcur();
+    keep_row(row);
 }
 
 } // namespace
