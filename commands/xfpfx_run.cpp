@@ -98,13 +98,19 @@ std::vector<std::string> texts_of(int32_t first, int64_t span)
     return v;
 }
 
-// SCALE and TABL: the file-area row the entry was typed on.
+// The file-area row the entry was typed on, -1 none.
+int row_of(const xfpend &p)
+{
+    for (size_t r = 0; r < xv->rows.size(); r++)
+        if (p.field > 0 ? xv->rows[r].pfx == p.field : xv->rows[r].pli == p.li)
+            return (int)r;
+    return -1;
+}
+
+// SCALE and TABL: put on the entry's row.
 void set_row(const xfpend &p)
 {
-    int row = -1;
-    for (size_t r = 0; r < xv->rows.size() && row < 0; r++)
-        if (p.field > 0 ? xv->rows[r].pfx == p.field : xv->rows[r].pli == p.li)
-            row = (int)r;
+    int row = row_of(p);
     if (row < 0)
         return;
     if (xv->rows[(size_t)row].li == curline()) {
@@ -113,6 +119,26 @@ void set_row(const xfpend &p)
     }
     xfviewfile &pf = xv->perfile[(size_t)xfidx];
     (p.code == PFX_SCALE ? pf.scale : pf.tabline) = row + 1;
+}
+
+// E: the line stays on its row while the rest of the file scrolls, unless
+// it stands on the area's first or last row, where scrolling begins. E on
+// a line held so lets it go; the oldest goes when the list is full.
+void keep_line(const xfpend &p)
+{
+    int row = row_of(p);
+    if (row <= 0 || row >= (int)xv->rows.size() - 1)
+        return;
+    std::vector<xfkept> &k = xv->perfile[(size_t)xfidx].kept;
+    auto held = std::find_if(k.begin(), k.end(), [&](const xfkept &e) { return e.li == p.li || e.row == row; });
+    bool again = held != k.end() && held->li == p.li;
+    if (held != k.end())
+        k.erase(held);
+    if (again)
+        return;
+    if (k.size() >= xfkept_max)
+        k.erase(k.begin());
+    k.push_back(xfkept{p.li, row});
 }
 
 void add_lines(int32_t li, int64_t n)
@@ -160,8 +186,10 @@ void run_single(const xfpend &p)
         break;
     }
     case PFX_EDIT:
-        if (p.li >= 0)
+        if (p.li >= 0) {
+            keep_line(p);
             xfcursor_file(p.li, xfcol_len(xf->lines[p.li].text, xf->lines[p.li].len, xf->utf8));
+        }
         break;
     case PFX_SHR:
     case PFX_SHL:
