@@ -249,7 +249,7 @@ const cmd_entry cmd_table[CMD_COUNT] = {
     {"NSort", 0, xfcm_nsort},
     {"Next", 0, xfcm_down},
     {"PDFCANcel", 0, xfcm_notimpl},
-    {"PDFCOpy", 0, xfcm_notimpl},
+    {"PDFCOpy", 0, xfcm_pdfcopy},
     {"PDFChange", 0, xfcm_pdfchange},
     {"PDFDELete", 0, xfcm_pdfdelete},
     {"PDFEXClude", 0, xfcm_pdfexclude},

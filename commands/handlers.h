@@ -179,6 +179,7 @@ int xfcm_shadow(const xfcmd &c);
 // Block line operations.
 int xfcm_copy(const xfcmd &c);
 int xfcm_xedcopy(const xfcmd &c);
+int xfcm_pdfcopy(const xfcmd &c);
 int xfcm_move(const xfcmd &c);
 int xfcm_delete(const xfcmd &c);
 int xfcm_xeddelete(const xfcmd &c);

@@ -524,6 +524,29 @@ bool run_kind(const block_kind &k)
     }
 }
 
+// Lines a PDFCOpy read wait for a place: the first A or B (F or P) takes
+// them, ahead of any block that might want it.
+void serve_copy()
+{
+    if (!pdfcopy_waiting)
+        return;
+    int i = first_of(xf->pend2, [](const xfpend &p) { return p.code == PFX_AFTER || p.code == PFX_BEFORE; });
+    if (i < 0)
+        return;
+    xfpend p = xf->pend2[(size_t)i];
+    int32_t after = p.code == PFX_AFTER ? p.li : p.li - 1;
+    if (after < -1 || p.li >= nbli())
+        return refuse({i});
+    done({i});
+    std::vector<xfline> v;
+    for (auto &t : pdfcopy_lines)
+        v.push_back(xfline{xfstrdup(t), (int32_t)t.size(), 0, xv->select_new});
+    xfopen_groups();
+    xfinsert_lines(after, v, "xfpfx:pdfcopy");
+    pdfcopy_lines.clear();
+    pdfcopy_waiting = false;
+}
+
 // ---------------------------------------------------------------------------
 // Macros.
 
@@ -676,6 +699,7 @@ void apply_file()
     kept_row row = note_row();
     int32_t case_mode = xf->case_mode;
     xf->case_mode = 0; // mixed, ignored: the entries' own searches
+    serve_copy();
     run_singles(false);
     run_singles(true);
     for (const block_kind &k : kinds)
