@@ -279,7 +279,7 @@ TEST_F(Prefix, FindingEntriesByNameBlockAndOldName)
 {
     xfmacro mark;
     mark.name = "mark";
-    mark.path = "/tmp/mark.vorta";
+    mark.path = "mark.vorta"; // never run: only its name is looked up
     mark.cls = 10;
     rexx_macros.push_back(mark);
     pfx_synonyms = {{"UP", "mark"}};
