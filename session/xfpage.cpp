@@ -370,7 +370,7 @@ void compose_view(page_builder &pb)
     std::vector<int32_t> kept_li((size_t)nfile, -4);
     for (const xfkept &k : pf.kept)
         if (k.row >= 0 && k.row < nfile && k.row != c && kind[(size_t)k.row] == ROW_LINE && k.li >= 0 &&
-            k.li < n && xfinscope(k.li)) {
+            k.li < n && k.li != curline() && xfinscope(k.li)) {
             kind[(size_t)k.row] = ROW_KEPT;
             kept_li[(size_t)k.row] = k.li;
         }
