@@ -177,6 +177,15 @@ void xfack2(int32_t li, std::string_view typed, int field);
 void xfapply();
 // Query PENDing's listing (the operands after PENDing); its return code.
 int xfpfx_query(std::string_view rest);
+// A waiting entry as Query PENDing and EXTRACT /PENDING/ tell it.
+struct xfpfx_row {
+    int32_t li = 0;               // its line
+    std::string name;             // its name, a macro's after prefix synonyms
+    std::string old;              // the name typed
+    std::vector<std::string> ops; // a macro's operands, up to three
+};
+// The entries `[BLOCK] [OLDNAME] name|*` names; `ok` false with no name.
+std::vector<xfpfx_row> xfpfx_find(std::string_view rest, bool &ok);
 
 // Text pasted from outside (a terminal's bracketed paste): inserted at the
 // cursor as a stream, the clipboard left as it is. One undo step.

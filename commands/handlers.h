@@ -93,6 +93,7 @@ int xfcm_number(const xfcmd &c);
 int xfcm_prefix(const xfcmd &c);
 int xfcm_prefix_screen(const xfcmd &c);
 int xfcm_pending(const xfcmd &c);
+int xfcm_read(const xfcmd &c);
 int xfcm_autoexp(const xfcmd &c);
 int xfcm_autoindent(const xfcmd &c);
 
@@ -178,6 +179,7 @@ int xfcm_shadow(const xfcmd &c);
 // Block line operations.
 int xfcm_copy(const xfcmd &c);
 int xfcm_xedcopy(const xfcmd &c);
+int xfcm_pdfcopy(const xfcmd &c);
 int xfcm_move(const xfcmd &c);
 int xfcm_delete(const xfcmd &c);
 int xfcm_xeddelete(const xfcmd &c);

@@ -177,6 +177,16 @@ int xfonoff(const xfcmd &c, int &flag);
 // under SCOPE ALL) and change the current file through xf_do, so that the
 // caller's command stays one undo step.
 
+// The lines of a file on disk from line `first` (from 1), `count` of them
+// or all (-1), as copies the caller owns; false with the message given
+// (22 not found, the loader's, or the file being shorter).
+bool xfread_file_lines(std::string name, long first, long count, std::vector<xfline> &out);
+
+// Lines read by PDFCOpy that wait for an A or B (F or P) destination in
+// the prefix area; the prefix commands' run serves them first.
+extern std::vector<std::string> pdfcopy_lines;
+extern bool pdfcopy_waiting;
+
 // Count-from-target: the target at the front of `text` (which is left at
 // what follows it) as a count from the current line, negative for a target
 // before it; empty text counts 1. Returns 0, or -2 / -3 with the message given.

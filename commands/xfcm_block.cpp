@@ -382,10 +382,54 @@ int copy_or_move(const xfcmd &c, bool move)
 
 } // namespace
 
+std::vector<std::string> pdfcopy_lines;
+bool pdfcopy_waiting = false;
+
 int xfcm_copy(const xfcmd &c)
 {
-    // The panel-style COPY reads another file through a dialog: not yet.
-    return modes.command_ispf ? xfcm_notimpl(c) : xfcm_xedcopy(c);
+    return modes.command_ispf ? xfcm_pdfcopy(c) : xfcm_xedcopy(c);
+}
+
+// PDFCOpy file [AFTER|BEFORE label]: another file's lines, placed at the
+// label at once, or else kept until an A or B in the prefix area says where.
+int xfcm_pdfcopy(const xfcmd &c)
+{
+    xftrace("Commande xfcm_pdfcopy");
+    if (!xf)
+        return 1;
+    std::string_view rest = c.ops();
+    std::string name(xfword(rest));
+    std::string where = xffold(xfword(rest));
+    std::string_view label = xfword(rest);
+    if (name.empty())
+        return fail(159, 5); // the panel that asks for the file is the dialogs' work
+    bool after = !where.empty() && abbrev(where, "after", 1);
+    bool before = !where.empty() && abbrev(where, "before", 1);
+    if (!xftrim(rest).empty() || (!where.empty() && !after && !before) || (where.empty() != label.empty()))
+        return fail(16, 5);
+    int point = -1;
+    if (!label.empty() && (point = xfpoint_find(label)) < 0)
+        return fail(178, 5);
+    std::vector<xfline> lines;
+    if (!xfread_file_lines(name, 1, -1, lines)) {
+        cmd_rc = 1;
+        return 1;
+    }
+    if (point >= 0) {
+        int32_t li = xf->points[(size_t)point].li;
+        xfinsert_lines(after ? li : li - 1, lines, "xfcm_pdfcopy");
+        cmd_rc = 0;
+        return 1;
+    }
+    pdfcopy_lines.clear();
+    for (auto &l : lines) {
+        pdfcopy_lines.emplace_back(l.text, (size_t)l.len);
+        xftext_free(l.text);
+    }
+    pdfcopy_waiting = true;
+    xfmsg(177, 0);
+    cmd_rc = 0;
+    return 1;
 }
 
 int xfcm_xedcopy(const xfcmd &c)

@@ -544,21 +544,22 @@ int l_synonym(const std::string &stem, std::string_view)
 }
 int l_pending(const std::string &stem, std::string_view ops)
 {
-    // The first pending prefix entry: its line, code and count; the operand
-    // BLOCK, OLDNAME or a name narrows the search.
+    // The first waiting entry that `[BLOCK] [OLDNAME] name|*` names: its
+    // line, its name and the name typed; with no name, any entry.
     if (!xfpending_operand(ops)) {
         std::fprintf(stderr, "vorta: Invalid EXTRACT/PENDING/ operand\n");
         return -1;
     }
-    if (!xf || xf->pend1.empty()) {
+    std::string req(xftrim(ops));
+    bool named;
+    std::vector<xfpfx_row> found = xfpfx_find(req, named);
+    if (!named)
+        found = xfpfx_find(req + " *", named);
+    if (found.empty()) {
         set_var(stem, 0, "0");
         return 0;
     }
-    const xfpend &p = xf->pend1.front();
-    set_var(stem, 0, "3");
-    set_var(stem, 1, num(lineno(p.li)));
-    set_var(stem, 2, std::string(1, (char)p.code));
-    set_var(stem, 3, num(p.count));
+    set_list(stem, {num(lineno(found[0].li)), found[0].name, found[0].old});
     return 0;
 }
 int l_ring(const std::string &stem, std::string_view)

@@ -181,6 +181,47 @@ int xfcm_file(const xfcmd &c)
     return 1;
 }
 
+bool xfread_file_lines(std::string name, long first, long count, std::vector<xfline> &out)
+{
+    if (name[0] == '~') {
+        const char *h = std::getenv("HOME");
+        name = std::string(h ? h : "") + name.substr(1);
+    }
+    std::string path = xfcanon(name[0] == '/' ? name : current_dir() + "/" + name);
+    int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0) {
+        xfmsg(22, 1);
+        return false;
+    }
+    xflines L;
+    xftextblock blk;
+    xfreadstate st;
+    st.name = path;
+    st.keepblanks = xf->keepblanks;
+    st.bin = xf->bin;
+    xfreadlines(fd, L, blk, st);
+    close(fd);
+    if (st.status != 0) {
+        xfmsg(st.status == 4 ? 1 : 0, 1);
+        return false;
+    }
+    if (first > L.size()) {
+        char m[1400];
+        std::snprintf(m, sizeof m, "..... File %s has only %d records", path.c_str(), L.size());
+        xfmsgs(m, 1);
+        return false;
+    }
+    int32_t from = (int32_t)first - 1;
+    int32_t n = count < 0 ? L.size() - from : (int32_t)std::min<long>(count, L.size() - from);
+    // The texts live in the scratch block: the caller gets copies.
+    out.assign((size_t)n, xfline{});
+    for (int32_t k = 0; k < n; k++) {
+        const xfline &l = L[from + k];
+        out[(size_t)k] = {xfstrdup(std::string_view(l.text, (size_t)l.len)), l.len, 0, 0};
+    }
+    return true;
+}
+
 // GET [file [first [count]]]: lines of another file after the current line,
 // as one change that one UNDo takes back.
 int xfcm_get(const xfcmd &c)
@@ -198,45 +239,12 @@ int xfcm_get(const xfcmd &c)
         cmd_rc = 5;
         return 1;
     }
-    if (name[0] == '~') {
-        const char *h = std::getenv("HOME");
-        name = std::string(h ? h : "") + name.substr(1);
-    }
-    std::string path = xfcanon(name[0] == '/' ? name : current_dir() + "/" + name);
-    int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    if (fd < 0) {
-        xfmsg(22, 1);
+    std::vector<xfline> lines;
+    if (!xfread_file_lines(name, first, count, lines)) {
         cmd_rc = 1;
         return 1;
     }
-    xflines L;
-    xftextblock blk;
-    xfreadstate st;
-    st.name = path;
-    st.keepblanks = xf->keepblanks;
-    st.bin = xf->bin;
-    xfreadlines(fd, L, blk, st);
-    close(fd);
-    if (st.status != 0) {
-        xfmsg(st.status == 4 ? 1 : 0, 1);
-        cmd_rc = 1;
-        return 1;
-    }
-    if (first > L.size()) {
-        char m[1400];
-        std::snprintf(m, sizeof m, "..... File %s has only %d records", path.c_str(), L.size());
-        xfmsgs(m, 1);
-        cmd_rc = 1;
-        return 1;
-    }
-    int32_t from = (int32_t)first - 1;
-    int32_t n = count < 0 ? L.size() - from : (int32_t)std::min<long>(count, L.size() - from);
-    // The texts live in the scratch block: the file gets copies.
-    std::vector<xfline> lines((size_t)n);
-    for (int32_t k = 0; k < n; k++) {
-        const xfline &l = L[from + k];
-        lines[(size_t)k] = {xfstrdup(std::string_view(l.text, (size_t)l.len)), l.len, 0, 0};
-    }
+    int32_t n = (int32_t)lines.size();
     int32_t at = std::max(curline(), -1);
     xf_do('I', nullptr, at, n, 1, lines.data(), "xfcm_get:151");
     xfshift_down(at, n);

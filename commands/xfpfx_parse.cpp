@@ -374,11 +374,11 @@ int xfcm_pending(const xfcmd &c)
     return 1;
 }
 
-// Query PENDing [BLOCK] [OLDNAME] name|*: one message for each entry.
-int xfpfx_query(std::string_view rest)
+// The entries that `[BLOCK] [OLDNAME] name|*` names, in table order: the
+// single table first unless BLOCK. `ok` false when no name was given.
+std::vector<xfpfx_row> xfpfx_find(std::string_view rest, bool &ok)
 {
-    if (!xf)
-        return 0;
+    std::vector<xfpfx_row> out;
     bool block = false, oldname = false;
     std::string_view w = xfword(rest);
     if (xffold(w) == "block") {
@@ -389,32 +389,50 @@ int xfpfx_query(std::string_view rest)
         oldname = true;
         w = xfword(rest);
     }
-    if (w.empty()) {
-        xfmsg(159, 1);
-        return 5;
-    }
-    std::string want = xffold(w);
-    std::string uwant = want;
-    for (auto &ch : uwant)
-        ch = (char)std::toupper((unsigned char)ch);
+    ok = !w.empty();
+    if (!ok || !xf)
+        return out;
+    auto upper = [](std::string t) {
+        for (auto &ch : t)
+            ch = (char)std::toupper((unsigned char)ch);
+        return t;
+    };
+    std::string want = upper(std::string(w));
     for (int tb = block ? 1 : 0; tb < 2; tb++)
         for (auto &p : table(tb == 1)) {
             if (p.code == PFX_DONE)
                 continue;
-            std::string name = p.code == PFX_MACRO ? p.words[0] : xfpfx_name(tb == 1, p.code);
-            std::string old = p.code == PFX_MACRO ? p.oldname : name;
-            const std::string &cmp = oldname ? old : name;
-            std::string ucmp = cmp;
-            for (auto &ch : ucmp)
-                ch = (char)std::toupper((unsigned char)ch);
-            if (want != "*" && ucmp != uwant)
+            xfpfx_row r;
+            r.li = p.li;
+            r.name = p.code == PFX_MACRO ? p.words[0] : xfpfx_name(tb == 1, p.code);
+            r.old = p.code == PFX_MACRO ? p.oldname : r.name;
+            if (want != "*" && upper(oldname ? r.old : r.name) != want)
                 continue;
-            char head[32];
-            std::snprintf(head, sizeof head, "Line %d: ", p.li + 1);
-            std::string m = head + ("'" + name + "', Oldname='" + old + "'");
             for (size_t k = 1; k < p.words.size() && k <= 3; k++)
-                m += ", OP" + std::to_string(k) + "='" + p.words[k] + "'";
-            xfmsgs(m, 0);
+                r.ops.push_back(p.words[k]);
+            out.push_back(std::move(r));
         }
+    return out;
+}
+
+// Query PENDing [BLOCK] [OLDNAME] name|*: one message for each entry.
+int xfpfx_query(std::string_view rest)
+{
+    if (!xf)
+        return 0;
+    bool ok;
+    std::vector<xfpfx_row> rows = xfpfx_find(rest, ok);
+    if (!ok) {
+        xfmsg(159, 1);
+        return 5;
+    }
+    for (auto &r : rows) {
+        char head[32];
+        std::snprintf(head, sizeof head, "Line %d: ", r.li + 1);
+        std::string m = head + ("'" + r.name + "', Oldname='" + r.old + "'");
+        for (size_t k = 0; k < r.ops.size(); k++)
+            m += ", OP" + std::to_string(k + 1) + "='" + r.ops[k] + "'";
+        xfmsgs(m, 0);
+    }
     return 0;
 }

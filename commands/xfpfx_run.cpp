@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -97,13 +98,19 @@ std::vector<std::string> texts_of(int32_t first, int64_t span)
     return v;
 }
 
-// SCALE and TABL: the file-area row the entry was typed on.
+// The file-area row the entry was typed on, -1 none.
+int row_of(const xfpend &p)
+{
+    for (size_t r = 0; r < xv->rows.size(); r++)
+        if (p.field > 0 ? xv->rows[r].pfx == p.field : xv->rows[r].pli == p.li)
+            return (int)r;
+    return -1;
+}
+
+// SCALE and TABL: put on the entry's row.
 void set_row(const xfpend &p)
 {
-    int row = -1;
-    for (size_t r = 0; r < xv->rows.size() && row < 0; r++)
-        if (p.field > 0 ? xv->rows[r].pfx == p.field : xv->rows[r].pli == p.li)
-            row = (int)r;
+    int row = row_of(p);
     if (row < 0)
         return;
     if (xv->rows[(size_t)row].li == curline()) {
@@ -112,6 +119,26 @@ void set_row(const xfpend &p)
     }
     xfviewfile &pf = xv->perfile[(size_t)xfidx];
     (p.code == PFX_SCALE ? pf.scale : pf.tabline) = row + 1;
+}
+
+// E: the line stays on its row while the rest of the file scrolls, unless
+// it stands on the area's first or last row, where scrolling begins. E on
+// a line held so lets it go; the oldest goes when the list is full.
+void keep_line(const xfpend &p)
+{
+    int row = row_of(p);
+    if (row <= 0 || row >= (int)xv->rows.size() - 1)
+        return;
+    std::vector<xfkept> &k = xv->perfile[(size_t)xfidx].kept;
+    auto held = std::find_if(k.begin(), k.end(), [&](const xfkept &e) { return e.li == p.li || e.row == row; });
+    bool again = held != k.end() && held->li == p.li;
+    if (held != k.end())
+        k.erase(held);
+    if (again)
+        return;
+    if (k.size() >= xfkept_max)
+        k.erase(k.begin());
+    k.push_back(xfkept{p.li, row});
 }
 
 void add_lines(int32_t li, int64_t n)
@@ -159,8 +186,10 @@ void run_single(const xfpend &p)
         break;
     }
     case PFX_EDIT:
-        if (p.li >= 0)
+        if (p.li >= 0) {
+            keep_line(p);
             xfcursor_file(p.li, xfcol_len(xf->lines[p.li].text, xf->lines[p.li].len, xf->utf8));
+        }
         break;
     case PFX_SHR:
     case PFX_SHL:
@@ -495,6 +524,29 @@ bool run_kind(const block_kind &k)
     }
 }
 
+// Lines a PDFCOpy read wait for a place: the first A or B (F or P) takes
+// them, ahead of any block that might want it.
+void serve_copy()
+{
+    if (!pdfcopy_waiting)
+        return;
+    int i = first_of(xf->pend2, [](const xfpend &p) { return p.code == PFX_AFTER || p.code == PFX_BEFORE; });
+    if (i < 0)
+        return;
+    xfpend p = xf->pend2[(size_t)i];
+    int32_t after = p.code == PFX_AFTER ? p.li : p.li - 1;
+    if (after < -1 || p.li >= nbli())
+        return refuse({i});
+    done({i});
+    std::vector<xfline> v;
+    for (auto &t : pdfcopy_lines)
+        v.push_back(xfline{xfstrdup(t), (int32_t)t.size(), 0, xv->select_new});
+    xfopen_groups();
+    xfinsert_lines(after, v, "xfpfx:pdfcopy");
+    pdfcopy_lines.clear();
+    pdfcopy_waiting = false;
+}
+
 // ---------------------------------------------------------------------------
 // Macros.
 
@@ -559,13 +611,95 @@ void clean()
              pt.end());
 }
 
+// A single operation keeps its line on the row it was typed on: the screen
+// shifts instead, by at most the operation's distance, so that a deletion
+// or an addition above the current line does not slide the rows the user
+// was looking at.
+struct kept_row {
+    int32_t li = -2;   // the line operated on, -2 none
+    int rows = 0;      // file rows from it down to the current line's row
+    int32_t dist = 0;  // how far the current line may move for it
+};
+
+int32_t row_distance(int32_t code)
+{
+    switch (code) {
+    case PFX_DEL:
+        return 10;
+    case PFX_ADD: case PFX_INS: case PFX_DUP: case PFX_DUP2: case PFX_REP:
+        return 30;
+    case PFX_GET:
+        return 40;
+    default:
+        return 0;
+    }
+}
+
+kept_row note_row()
+{
+    kept_row k;
+    if (xf->pend1.size() != 1 || !xf->pend2.empty())
+        return k;
+    const xfpend &p = xf->pend1.front();
+    int r = -1, c = -1;
+    for (int i = 0; i < (int)xv->rows.size(); i++) {
+        const xview::rowmap &m = xv->rows[(size_t)i];
+        if (r < 0 && (p.field > 0 ? m.pfx == p.field : m.pli == p.li && m.li == p.li))
+            r = i;
+        if (c < 0 && m.li == curline())
+            c = i;
+    }
+    k.dist = row_distance(p.code);
+    if (r < 0 || c < 0 || k.dist == 0 || p.li < 0)
+        return k;
+    // Rows that show no line (scale, tab line, reserved) do not count.
+    int dir = c >= r ? 1 : -1;
+    for (int i = r; i != c; i += dir)
+        if (xv->rows[(size_t)(i + dir)].li != -4)
+            k.rows += dir;
+    k.li = p.li;
+    return k;
+}
+
+// The line n file rows below li (above for n < 0), a shadow row counting as
+// one; -2 when that row is a shadow row or off the file.
+int32_t rows_from(int32_t li, int n)
+{
+    int dir = n >= 0 ? 1 : -1;
+    for (int k = 0; k != n; k += dir) {
+        int32_t nli = li + dir;
+        bool hidden = false;
+        while (nli >= 0 && nli < nbli() && !xfinscope(nli)) {
+            nli += dir;
+            hidden = true;
+        }
+        if (hidden && xv->shadow && xv->scope == 0 && (k += dir) == n)
+            return -2;
+        if (nli < topline || nli >= nbli())
+            return -2;
+        li = nli;
+    }
+    return li;
+}
+
+void keep_row(const kept_row &k)
+{
+    if (k.li < 0 || k.li >= nbli() || !xfinscope(k.li))
+        return;
+    int32_t cur = rows_from(k.li, k.rows);
+    if (cur != -2 && std::abs((int64_t)cur - curline()) <= k.dist)
+        curline() = cur;
+}
+
 void apply_file()
 {
     if (xf->pend1.empty() && xf->pend2.empty())
         return;
     xfile *f = xf;
+    kept_row row = note_row();
     int32_t case_mode = xf->case_mode;
     xf->case_mode = 0; // mixed, ignored: the entries' own searches
+    serve_copy();
     run_singles(false);
     run_singles(true);
     for (const block_kind &k : kinds)
@@ -577,6 +711,7 @@ void apply_file()
     report_waiting();
     clean();
     xfclampcur();
+    keep_row(row);
 }
 
 } // namespace

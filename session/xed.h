@@ -206,6 +206,13 @@ struct xfile {
     int32_t nballoc() const { return lines.capacity(); }
 };
 
+// A line held on a row of the file area while the rest scrolls.
+struct xfkept {
+    int32_t li;  // the line
+    int32_t row; // its row in the file area, from 0
+};
+constexpr size_t xfkept_max = 19; // lines a view holds so
+
 // Per-file, per-view settings.
 struct xfviewfile {
     int32_t curline = -1;  // the view's current line of that file
@@ -219,6 +226,7 @@ struct xfviewfile {
     int32_t prefix_side = 1; // the side ON brings back after OFF
     int32_t prefix_nulls = 0; // PREFIX NULLS: no filling in the area
     int32_t number = 0;    // NUMBER
+    std::vector<xfkept> kept; // lines the prefix E holds on their rows, oldest first
 };
 
 struct xview {

@@ -169,7 +169,7 @@ struct row_plan {
 };
 
 // Which position each file row shows, the current line on row `c`.
-std::vector<row_plan> plan_rows(int nfile, int c)
+std::vector<row_plan> plan_rows(int nfile, int c, const std::vector<int32_t> &held)
 {
     std::vector<row_plan> plan((size_t)nfile, {-4, 0, 0});
     int32_t cur = curline();
@@ -191,6 +191,11 @@ std::vector<row_plan> plan_rows(int nfile, int c)
             }
             if (nli < -1 || (nli == -1 && topline != -1))
                 break;
+            // A line held on a row of its own is not shown twice.
+            if (nli >= 0 && std::find(held.begin(), held.end(), nli) != held.end()) {
+                li = nli;
+                continue;
+            }
             plan[(size_t)r] = {nli < 0 ? -1 : nli, 0, 0};
             li = nli;
             r += dir;
@@ -352,7 +357,7 @@ void compose_view(page_builder &pb)
     int c = xv->curline_row > 0 ? std::min(xv->curline_row, nfile) - 1 : nfile / 2;
 
     // Rows that show no line: reserved rows, the scale and the tab line.
-    enum { ROW_LINE, ROW_RESERVED, ROW_SCALE, ROW_TABS };
+    enum { ROW_LINE, ROW_RESERVED, ROW_SCALE, ROW_TABS, ROW_KEPT };
     std::vector<int> kind((size_t)nfile, ROW_LINE);
     std::vector<std::string> reserved_text((size_t)nfile);
     for (auto &[vrow, text] : xf->reserved) {
@@ -366,6 +371,14 @@ void compose_view(page_builder &pb)
         kind[(size_t)pf.scale - 1] = ROW_SCALE;
     if (pf.tabline > 0 && pf.tabline <= nfile && kind[(size_t)pf.tabline - 1] == ROW_LINE)
         kind[(size_t)pf.tabline - 1] = ROW_TABS;
+    // Lines held on their rows by the prefix E, where nothing else stands.
+    std::vector<int32_t> kept_li((size_t)nfile, -4);
+    for (const xfkept &k : pf.kept)
+        if (k.row >= 0 && k.row < nfile && k.row != c && kind[(size_t)k.row] == ROW_LINE && k.li >= 0 &&
+            k.li < n && k.li != curline() && xfinscope(k.li)) {
+            kind[(size_t)k.row] = ROW_KEPT;
+            kept_li[(size_t)k.row] = k.li;
+        }
     std::vector<int> line_rows;
     int cidx = -1;
     for (int r = 0; r < nfile; r++)
@@ -378,16 +391,19 @@ void compose_view(page_builder &pb)
         cidx = line_rows.empty() ? 0 : (int)line_rows.size() - 1;
     std::vector<row_plan> plan_lines = line_rows.empty()
                                            ? std::vector<row_plan>()
-                                           : plan_rows((int)line_rows.size(), cidx);
+                                           : plan_rows((int)line_rows.size(), cidx, kept_li);
     std::vector<row_plan> plan((size_t)nfile, {-4, 0, 0});
     for (size_t i = 0; i < line_rows.size(); i++)
         plan[(size_t)line_rows[i]] = plan_lines[i];
+    for (int r = 0; r < nfile; r++)
+        if (kind[(size_t)r] == ROW_KEPT)
+            plan[(size_t)r] = {kept_li[(size_t)r], 0, 0};
 
     for (int r = 0; r < nfile; r++) {
         int row = first + r;
         const row_plan &p = plan[(size_t)r];
         xview::rowmap m{0, p.li, 0, col0, textw};
-        if (kind[(size_t)r] != ROW_LINE) {
+        if (kind[(size_t)r] != ROW_LINE && kind[(size_t)r] != ROW_KEPT) {
             std::string t;
             if (kind[(size_t)r] == ROW_RESERVED)
                 t = reserved_text[(size_t)r];

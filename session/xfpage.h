@@ -36,6 +36,21 @@ void xfdisplay();
 // not fit (the old division then stays). `check_only` tests without applying.
 int xfscreen_apply(const xfscreendef &d, bool check_only);
 
+// A macro's READ: what the next read is to report instead of (or beside)
+// taking it in, and what it found.
+struct xfread_item {
+    const char *tag;  // "FIL" a file line, "PRF" a prefix area, "CMD" the command line
+    int row, col;     // where the field stands on the screen, from 1
+    int32_t li;       // the line it belongs to (the current line for CMD)
+    std::string text; // the line as typed, the prefix entry, the command
+};
+struct xfread_req {
+    bool all = false;    // file lines and prefix entries too, not only the command line
+    bool commit = true;  // typed lines go into the file
+    std::vector<xfread_item> items; // in the order of the screen once the read is over
+};
+extern xfread_req *read_req; // set while a macro's READ waits, else null
+
 // The read cycle.
 bool xfnext_queued(std::string &out); // the oldest queued, else stacked, command
 void xfack_commit();  // what was typed on the page goes into the files now

@@ -52,6 +52,8 @@ std::string xfrow_line(const xview::rowmap &m, const std::string &typed)
     return now;
 }
 
+xfread_req *read_req = nullptr;
+
 namespace {
 
 bool asr = false;       // the read ended with ENTER
@@ -194,6 +196,14 @@ void read_cursor()
     }
 }
 
+// Where a field stands on the screen, for READ's report.
+void report(const char *tag, int id, int32_t li, std::string text)
+{
+    int32_t w[3] = {0, 0, 0};
+    asqfld(0, id, 3, w);
+    read_req->items.push_back(xfread_item{tag, (int)w[1], (int)w[2], li, std::move(text)});
+}
+
 void commit_line(const xview::rowmap &m, const std::string &typed)
 {
     if (m.li < 0 || m.li >= nbli())
@@ -203,6 +213,10 @@ void commit_line(const xview::rowmap &m, const std::string &typed)
     if (!xf->keepblanks)
         while (!now.empty() && now.back() == ' ')
             now.pop_back();
+    if (read_req && read_req->all)
+        report("FIL", m.fld, m.li, now);
+    if (read_req && !read_req->commit)
+        return;
     if (now.size() != (size_t)l.len || now.compare(0, now.size(), l.text, (size_t)l.len) != 0)
         xf_do('r', now, m.li, "xfack1");
 }
@@ -216,6 +230,18 @@ void commit_prefix(const xview::rowmap &m, const std::string &typed)
     for (size_t k = 0; k < t.size() && k < m.pshown.size(); k++)
         if (t[k] == m.pshown[k])
             t[k] = ' ';
+    // A macro that reads everything gets the entry to act on itself.
+    if (read_req && read_req->all) {
+        std::string_view e = xftrim(t);
+        while (!e.empty() && e.back() == ' ')
+            e.remove_suffix(1);
+        if (!e.empty()) {
+            report("PRF", m.pfx, m.pli, std::string(e));
+            return;
+        }
+        if (!read_req->commit)
+            return;
+    }
     xfack2(m.pli, t, m.pfx);
 }
 
@@ -254,6 +280,11 @@ void xfack()
                 if ((unsigned char)ch == 0)
                     ch = ' ';
             vw->cmdline = t;
+            if (read_req && t.find_first_not_of(' ') != std::string::npos) {
+                size_t end = t.find_last_not_of(' ');
+                report("CMD", vw->cmdfield, vw->fileidx >= 0 ? vw->perfile[(size_t)vw->fileidx].curline : 0,
+                       t.substr(0, end + 1));
+            }
         }
     }
     xfsetview(save);

@@ -369,6 +369,11 @@ void xfshift_down(int32_t after, int32_t n)
         if (c.ec == xvidx && c.fld == 0 && c.li > after)
             c.li += n;
     });
+    for (xview *v : views)
+        if (xfidx < (int)v->perfile.size())
+            for (auto &k : v->perfile[xfidx].kept)
+                if (k.li > after)
+                    k.li += n;
 }
 
 void xfshift_up(int32_t from, int32_t n, int32_t at)
@@ -390,6 +395,7 @@ void xfshift_up(int32_t from, int32_t n, int32_t at)
     for (xview *v : views) {
         if (xfidx >= (int)v->perfile.size())
             continue;
+        drop_lines(v->perfile[xfidx].kept, from, n, [](xfkept &k) -> int32_t & { return k.li; });
         int32_t &c = v->perfile[xfidx].curline;
         if (c >= end)
             c -= n;

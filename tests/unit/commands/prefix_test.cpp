@@ -205,4 +205,104 @@ TEST_F(Prefix, PendingCommandForms)
     EXPECT_TRUE(error_row(2));
 }
 
+TEST_F(Prefix, CopiedLinesTakeTheFirstDestinationBeforeAnyBlock)
+{
+    pdfcopy_lines = {"x", "y"};
+    pdfcopy_waiting = true;
+    xfack2(0, "cc", -1);
+    xfack2(1, "cc", -1);
+    xfack2(4, "f", -1);
+    xfapply();
+    EXPECT_EQ(text(), (std::vector<std::string>{"a", "b", "c", "d", "e", "x", "y", "f", "g", "h"}));
+    EXPECT_FALSE(pdfcopy_waiting);
+    // The block found no destination left: it waits for the next one.
+    EXPECT_EQ(entry(0), "B:2:1");
+    EXPECT_EQ(entry(1), "B:2:1");
+    xfack2(2, "p", -1);
+    xfapply();
+    EXPECT_EQ(text(),
+              (std::vector<std::string>{"a", "b", "a", "b", "c", "d", "e", "x", "y", "f", "g", "h"}));
+    // B before the top of the file has no place: refused, the lines kept.
+    pdfcopy_lines = {"z"};
+    pdfcopy_waiting = true;
+    modes.prefix_ispf = 1;
+    xfack2(-1, "b", -1);
+    xfapply();
+    EXPECT_EQ(msgs().back(), "..... Invalid F, P, O or OO position");
+    EXPECT_TRUE(pdfcopy_waiting);
+    pdfcopy_waiting = false;
+}
+
+// A page of file rows, row r showing line r - 1 (the top of the file on
+// row 0), as a draw would leave it.
+void fake_rows(int n)
+{
+    xv->rows.clear();
+    for (int r = 0; r < n; r++) {
+        xview::rowmap m{r + 1, r - 1, 0, 0, 40};
+        m.pli = r - 1;
+        xv->rows.push_back(m);
+    }
+}
+
+TEST_F(Prefix, EHoldsUpTo19LinesThatFollowTheEdits)
+{
+    std::vector<std::string> lines;
+    for (int i = 0; i < 30; i++)
+        lines.push_back("l" + std::to_string(i));
+    file(lines);
+    fake_rows(25);
+    auto &kept = xv->perfile[(size_t)xfidx].kept;
+    xfack2(-1, "e", -1); // the area's first row: scrolling starts there
+    xfack2(23, "e", -1); // and its last
+    xfapply();
+    EXPECT_TRUE(kept.empty());
+    for (int32_t li = 0; li < 20; li++)
+        xfack2(li, "e", -1);
+    xfapply();
+    ASSERT_EQ(kept.size(), xfkept_max);
+    EXPECT_EQ(kept.front().li, 1); // the oldest went
+    EXPECT_EQ(kept.front().row, 2);
+    xfack2(5, "e", -1); // again: let go
+    xfapply();
+    EXPECT_EQ(kept.size(), xfkept_max - 1);
+    // Held lines follow deletions above them and go with their own.
+    xfack2(0, "d", -1);
+    xfack2(3, "d", -1);
+    xfapply();
+    EXPECT_EQ(kept.front().li, 0);
+    EXPECT_EQ(kept.front().row, 2);
+    EXPECT_EQ(kept.size(), xfkept_max - 2);
+}
+
+TEST_F(Prefix, FindingEntriesByNameBlockAndOldName)
+{
+    xfmacro mark;
+    mark.name = "mark";
+    mark.path = "mark.vorta"; // never run: only its name is looked up
+    mark.cls = 10;
+    rexx_macros.push_back(mark);
+    pfx_synonyms = {{"UP", "mark"}};
+    xfack2(1, "d2", -1);
+    xfack2(3, "cc", -1);
+    xfack2(5, "up 4 x", -1);
+    bool ok;
+    EXPECT_EQ(xfpfx_find("*", ok).size(), 3u);
+    EXPECT_TRUE(ok);
+    // A macro of a name longer than a letter waits in the block table.
+    std::vector<xfpfx_row> b = xfpfx_find("block *", ok);
+    ASSERT_EQ(b.size(), 2u);
+    EXPECT_EQ(b[0].name, "CC");
+    EXPECT_EQ(b[1].old, "UP");
+    EXPECT_TRUE(xfpfx_find("up", ok).empty()); // the name after synonyms is mark
+    std::vector<xfpfx_row> m = xfpfx_find("oldname up", ok);
+    ASSERT_EQ(m.size(), 1u);
+    EXPECT_EQ(m[0].li, 5);
+    EXPECT_EQ(m[0].name, "mark");
+    EXPECT_EQ(m[0].ops, (std::vector<std::string>{"4", "x"}));
+    xfpfx_find("block", ok);
+    EXPECT_FALSE(ok);
+    pfx_synonyms.clear();
+}
+
 } // namespace
