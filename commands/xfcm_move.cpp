@@ -40,7 +40,14 @@ int move_by(const xfcmd &c, int dir)
     return 1;
 }
 
-int page_rows() { return 22; }
+// A page is the file area as the view shows it, less one line kept in
+// sight for context; 22 before the first page is drawn (batch).
+int page_rows()
+{
+    if (!xv || xv->rows.size() < 3)
+        return 22;
+    return (int)xv->rows.size() - 1;
+}
 
 int page_by(const xfcmd &c, int dir)
 {
