@@ -13,6 +13,8 @@
 #                         (default the work folder itself)
 #   profile on|off        whether the next starts look for a profile (default
 #                         off: they pass -np)
+#   env NAME=VALUE        the next starts have NAME set to VALUE (a relative
+#                         PATH entry is taken in the work folder)
 #   prog NAME             the next starts run the program under the name NAME
 #                         (a link to it), as `fli`
 #   start ARGS...         starts `xed -np ARGS` in the work folder (`xed ARGS`
@@ -73,6 +75,7 @@ infocmp "$term" >/dev/null 2>&1 || term=screen-256color
 rows=24 cols=80
 home=
 np=-np
+extra=
 run=$xed # the path the editor is started by
 fail() {
   echo "FAILED at line $n: $line"
@@ -152,11 +155,12 @@ while IFS= read -r line || [ -n "$line" ]; do
     term) term=$rest ;;
     home) home=/$rest; mkdir -p "$work$home" ;;
     profile) if [ "$rest" = on ]; then np=; else np=-np; fi ;;
+    env) extra="$extra '$rest'" ;;
     prog) mkdir -p "$work/.prog" && ln -sf "$xed" "$work/.prog/$rest" && run=$work/.prog/$rest ;;
     start)
       # A job-control shell, so that a stopped editor can be brought back:
       # while .stopped exists the editor is stopped; removing it resumes.
-      envs="env -u DISPLAY -u WAYLAND_DISPLAY TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state'"
+      envs="env -u DISPLAY -u WAYLAND_DISPLAY TERM=$term LANG=C.UTF-8 HOME='$work$home' XDG_CONFIG_HOME='$work$home/.config' XDG_DATA_HOME='$work$home/.local' XDG_STATE_HOME='$work$home/.state'$extra"
       if [ "$closes" = yes ]; then
         # The editor leads the terminal's session, so the hang-up and the
         # SIGCONT that goes with it reach it as the terminal goes. Under a
