@@ -7,6 +7,7 @@
 #include "commands/internal.h"
 #include "commands/xfsettings.h"
 #include "fields/fields.h"
+#include "fields/plat.h"
 #include "platform/platform.h"
 #include "session/xed.h"
 
@@ -26,10 +27,13 @@ int say(const std::string &text, int level, int rc)
     return 1;
 }
 
+// `screen`: the window may draw the page itself rather than its text.
 int print(const std::vector<std::string> &lines, const std::string &title, const std::string &dir,
-          const std::string &base, mode_t mode, bool utf8)
+          const std::string &base, mode_t mode, bool utf8, bool screen = false)
 {
     pl_print_job job;
+    if (fs_plat *layer = batch ? nullptr : fs_layer())
+        job.render = [layer, &lines, &title, screen] { return layer->pdf(screen ? nullptr : &lines, title); };
     job.lines = lines;
     job.title = title;
     job.dir = dir;
@@ -96,5 +100,5 @@ int xfcm_printscreen(const xfcmd &c)
         lines.push_back(shown.substr(at, e - at));
         at = e + 1;
     }
-    return print(lines, "screen", startdir, "screen", 0644, true);
+    return print(lines, "screen", startdir, "screen", 0644, true, true);
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 struct fs_metrics {
   int cell_w;     // cell width in pixels
@@ -67,6 +68,10 @@ class fs_plat {
   // Gives the terminal to a program run in the foreground (true) and takes
   // it back, redrawn (false). False when the layer has no terminal to give.
   virtual bool console(bool) { return false; }
+  // A PDF document drawn by the layer's own toolkit: of the lines in the
+  // text font, or (no lines) of the page as it is shown, colours and all.
+  // "" when the layer draws none, and the plain text writer serves.
+  virtual std::string pdf(const std::vector<std::string> *, const std::string &) { return ""; }
 };
 
 // Calls a layer makes into the model from its message handling.

@@ -54,7 +54,9 @@ int new_pdf(const std::string &dir, const std::string &base, mode_t mode, std::s
 
 int to_pdf(const pl_print_job &job, std::string &message)
 {
-    std::string pdf = pl_text_pdf(job.lines, job.title, job.utf8), path;
+    std::string pdf = job.render ? job.render() : std::string(), path;
+    if (pdf.empty())
+        pdf = pl_text_pdf(job.lines, job.title, job.utf8);
     int fd = new_pdf(job.dir, job.base, job.mode, path);
     if (fd < 0) {
         // A folder we cannot write to: the user's state folder instead.

@@ -2,6 +2,7 @@
 // program, files, processes. Nothing above this layer calls the system
 // directly for these.
 #pragma once
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,9 @@ struct pl_print_job {
     std::string dir, base; // the PDF: dir/base.pdf, or base-2.pdf and so on
     mode_t mode = 0644;
     bool utf8 = true;
+    // Draws the PDF another way (the window's toolkit); "" falls back to
+    // the plain text writer.
+    std::function<std::string()> render;
 };
 // Prints the lines on a printer (through lp) or, with none set up, writes
 // them as a PDF. 0, or 1 when it failed; `message` says where or why.

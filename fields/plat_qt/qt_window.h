@@ -83,6 +83,7 @@ class qtplat : public fs_plat {
   int toolbar(int on) override;
   void scrollbar(long items, long first, long visible) override;
   bool ask(const std::string &question, int kind) override;
+  std::string pdf(const std::vector<std::string> *lines, const std::string &title) override;
 
   void setfont(const QFont &f, const std::string &name);
   QSize gridsize(int lines, int cols) const;  // the grid widget for a grid size

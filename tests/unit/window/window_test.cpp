@@ -344,3 +344,32 @@ TEST_F(WindowTest, UnknownFontIsRefusedAndTheGridKeepsItsSize) {
 }
 
 }  // namespace
+
+// Pages of a PDF the toolkit wrote: its page objects, not the page tree.
+static int pdf_pages(const std::string &pdf) {
+  int n = 0;
+  for (size_t at = 0; (at = pdf.find("/Type /Page", at)) != std::string::npos; at += 11)
+    if (pdf.compare(at, 12, "/Type /Pages") != 0) n++;
+  return n;
+}
+
+TEST_F(WindowTest, PrintsThePageAsAnImageAndTextWithPageBreaks) {
+  asfmap(2, 255, 0, 0);
+  ASSERT_GE(define({fld(1, 2, 3, 1, 10, 2, 0)}), 0) << as_lastmsg;
+  ascput(1, 5, "AB  C");
+  asrefresh();
+  settle();
+  std::string shot = qw_layer->pdf(nullptr, "screen");
+  ASSERT_EQ(shot.compare(0, 5, "%PDF-"), 0);
+  EXPECT_NE(shot.find("/Subtype /Image"), std::string::npos);
+  EXPECT_EQ(pdf_pages(shot), 1);
+  std::vector<std::string> one = {"first", "second"};
+  std::vector<std::string> two = {"first", "\fsecond"};
+  std::string a = qw_layer->pdf(&one, "doc"), b = qw_layer->pdf(&two, "doc");
+  ASSERT_EQ(a.compare(0, 5, "%PDF-"), 0);
+  EXPECT_EQ(pdf_pages(a), 1);
+  EXPECT_EQ(pdf_pages(b), 2);
+  // A long text runs on over pages of its own.
+  std::vector<std::string> many(200, "a line of the file");
+  EXPECT_GE(pdf_pages(qw_layer->pdf(&many, "doc")), 2);
+}
