@@ -318,6 +318,10 @@ enum { FS_PEND_DIALOG, FS_PEND_MENU };
 typedef int (*fs_pendhook)(int stage, int *value);
 extern fs_pendhook as_pendhook;
 void aspend();
+// Called at the start of every read, before the current page is read: the
+// dialog boxes drawn as pages take their input there. Null for none.
+typedef int (*fs_readhook)();
+extern fs_readhook as_readhook;
 // Maps the cursor to the position the status line shows; null keeps the grid's.
 typedef void (*fs_poshook)(int *line, int *col);
 extern fs_poshook as_poshook;
