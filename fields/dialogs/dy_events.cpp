@@ -113,8 +113,11 @@ int dy_deliver() {
     if (m == macros.end()) continue;
     std::string macro = m->second.macro;
     ran++;
-    if (!dy_callhook || dy_callhook(macro, p.text) < 0)
+    if (!dy_callhook || dy_callhook(macro, p.text) < 0) {
       fs_err(1, "dy_dispatch: unable to run the \"%s\" macro", macro.c_str());
+      // Nobody hears the box: it leaves the screen rather than hold the input.
+      if (dy_box *b = dy_find(p.handle)) b->mapped = false;
+    }
   }
   return ran;
 }
