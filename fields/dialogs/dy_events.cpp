@@ -114,7 +114,10 @@ int dy_deliver() {
     std::string macro = m->second.macro;
     ran++;
     if (!dy_callhook || dy_callhook(macro, p.text) < 0) {
-      fs_err(1, "dy_dispatch: unable to run the \"%s\" macro", macro.c_str());
+      // Told through as_lastmsg only: the caller that ran it has said so.
+      as_errno = 1;
+      snprintf(as_lastmsg, sizeof as_lastmsg, "dy_dispatch: unable to run the \"%s\" macro",
+               macro.c_str());
       // Nobody hears the box: it leaves the screen rather than hold the input.
       if (dy_box *b = dy_find(p.handle)) b->mapped = false;
     }

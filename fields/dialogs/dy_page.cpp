@@ -361,6 +361,42 @@ void click(dy_box &b, int id) {
   if (it.kind != DY_KINPUT) act(b, st.stops[st.at], it.kind == DY_KSCL ? s.sub : -1);
 }
 
+// One box's turn at the keys, on its own page, until it leaves the screen
+// or has an event for its macro; false when the read is to end at once.
+bool read_box(int h) {
+  uint32_t page = PAGE_BASE + uint32_t(h);
+  fspcrt(page);
+  fspsel(page);
+  bool go_on = true;
+  dy_box *b = dy_find(h);
+  st.stops = stops_of(*b);
+  st.at = 0;
+  for (int i = 0; i < int(st.stops.size()); i++)
+    if (st.stops[i].item == b->focus && st.at == 0) st.at = i;
+  st.icur = 0;
+  while (dy_pending() == 0 && (b = dy_find(h)) && b->mapped) {
+    compose(*b);
+    asfonekey(1);
+    int code = 0, value = 0, mod = 0;
+    asread(&code, &value, &mod);
+    asfonekey(0);
+    if (code == 23 || code == 25 || code == DY_READCODE) {
+      go_on = false;
+      break;
+    }
+    if (code == 672) {
+      escape(*b);
+    } else if (code == AS_ONEKEY) {
+      key(*b, value);
+    } else if (code == 38) {
+      click(*b, value);
+    }
+    if ((b = dy_find(h))) b->focus = st.stops.empty() ? -1 : st.stops[st.at].item;
+  }
+  fspdel(page);
+  return go_on;
+}
+
 }  // namespace
 
 int dy_page_top() {
@@ -380,38 +416,9 @@ int dy_page_read() {
   uint32_t prev = fs_curpage();
   asrefresh();
   st.back = fs_rows();
-  uint32_t page = PAGE_BASE + uint32_t(h);
-  fspcrt(page);
-  fspsel(page);
-  int shown = 0;
-  while (dy_pending() == 0) {
-    dy_box *b = dy_find(h);
-    if (!b || !b->mapped) break;
-    if (shown != h) {
-      st.stops = stops_of(*b);
-      st.at = 0;
-      for (int i = 0; i < int(st.stops.size()); i++)
-        if (st.stops[i].item == b->focus) st.at = i;
-      st.icur = 0;
-      shown = h;
-    }
-    compose(*b);
-    asfonekey(1);
-    int code = 0, value = 0, mod = 0;
-    asread(&code, &value, &mod);
-    asfonekey(0);
-    if (code == 23 || code == 25 || code == DY_READCODE) break;
-    if (code == 672) {
-      escape(*b);
-    } else if (code == AS_ONEKEY) {
-      key(*b, value);
-    } else if (code == 38) {
-      click(*b, value);
-    }
-    if (dy_find(h)) b->focus = st.stops.empty() ? -1 : st.stops[st.at].item;
-  }
+  // The newest box first; when it goes, the one under it takes the keys.
+  while (h && dy_pending() == 0 && read_box(h)) h = dy_page_top();
   st.reading = false;
-  fspdel(page);
   if (prev != FS_NOPAGE) fspsel(prev);
   return 1;
 }
