@@ -3,7 +3,6 @@
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
-#include "commands/xfsettings.h"
 #include "fields/dialogs/dialogs.h"
 #include "fields/fields.h"
 #include "rexx/run.h"
@@ -35,7 +34,7 @@ int editor_callback(const std::string &macro, const std::string &event)
 
 bool xfconfirm(const std::string &what, const std::vector<std::string> &lines)
 {
-    if (cmd_source == 1 && !xfmacro_active())
+    if (cmd_source == 1 && !rx_running())
         return xfconfirm_key(what);
     if (batch || !fs_layer())
         return false;

@@ -3,6 +3,7 @@
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
+#include "rexx/run.h"
 #include "session/xed.h"
 #include "session/xfpage.h"
 #include "fields/fields.h"
@@ -55,7 +56,9 @@ int quit(const xfcmd &c, unsigned how)
                               "Quitting now will discard unsaved changes."});
         // The nested read may have changed the ring.
         if (!yes || !xf) {
-            cmd_rc = 12;
+            // A macro learns of the refusal; a key's is its own answer.
+            if (cmd_source != 1 || rx_running())
+                cmd_rc = 12;
             return 1;
         }
         how |= QUIT_ANYWAY;
