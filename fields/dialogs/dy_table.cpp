@@ -114,7 +114,7 @@ int dy_make(std::vector<dy_item> items, const dy_opts &o) {
     widest = std::max(widest, len(it.text));
     for (const auto &t : it.lines) widest = std::max(widest, len(t));
   }
-  b->cols = std::max(right + 2, widest + 8);
+  b->cols = std::max(right + 3, widest + 8);  // a blank before the right frame
   b->lines = bottom + 2;
   b->focus = -1;
   for (size_t i = 0; i < b->items.size() && b->focus < 0; i++)
