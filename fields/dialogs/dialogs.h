@@ -74,6 +74,9 @@ struct dy_box {
   int answer = 0;               // the button pressed last, from 1
 };
 
+// An item of a kind at a place with its text, the rest as by default.
+dy_item dy_text_item(int kind, double x, double y, const std::string &text);
+
 // ---- the manager -------------------------------------------------------------
 //
 // A bad handle or item number sets as_errno to 1 and as_lastmsg to the

@@ -42,15 +42,6 @@ int wait_answer(std::vector<dy_item> items, const std::string &title,
   return answer;
 }
 
-dy_item make(int kind, double x, double y, const std::string &text) {
-  dy_item it;
-  it.kind = kind;
-  it.x = x;
-  it.y = y;
-  it.text = text;
-  return it;
-}
-
 bool no_screen() { return !fs.started || dy_noscreen; }
 
 }  // namespace
@@ -68,7 +59,7 @@ int asf_alert(int kind, const std::vector<std::string> &lines) {
   int count = int(lines.size()), longest = 0, buttons = 0;
   std::vector<dy_item> items;
   for (int i = 0; i < count; i++) {
-    items.push_back(make(DY_KLABEL, 1, i, lines[size_t(i)]));
+    items.push_back(dy_text_item(DY_KLABEL, 1, i, lines[size_t(i)]));
     longest = std::max(longest, int(lines[size_t(i)].size()));
   }
   for (const std::string &n : names) buttons += int(n.size()) + 4;
@@ -77,7 +68,7 @@ int asf_alert(int kind, const std::vector<std::string> &lines) {
   for (size_t b = 0; b < names.size(); b++) {
     int w = int(names[b].size()) + 4;
     int x = b == 0 ? 2 : b + 1 == names.size() ? width - 4 - w : (width - 4 - w) / 2;
-    items.push_back(make(DY_KBUTTON, x, count + 1, names[b]));
+    items.push_back(dy_text_item(DY_KBUTTON, x, count + 1, names[b]));
   }
   return wait_answer(std::move(items), "");
 }
@@ -86,12 +77,12 @@ int dy_ask(const std::string &title, const std::string &label, std::string &text
   if (no_screen()) return -1;
   int width = std::max(40, int(text.size()) + 2);
   std::vector<dy_item> items;
-  items.push_back(make(DY_KLABEL, 1, 0, label));
-  dy_item in = make(DY_KINPUT, 1, 1, text);
+  items.push_back(dy_text_item(DY_KLABEL, 1, 0, label));
+  dy_item in = dy_text_item(DY_KINPUT, 1, 1, text);
   in.width = width;
   items.push_back(in);
-  items.push_back(make(DY_KBUTTON, 2, 3, "OK"));
-  items.push_back(make(DY_KBUTTON, width - 8, 3, "Cancel"));
+  items.push_back(dy_text_item(DY_KBUTTON, 2, 3, "OK"));
+  items.push_back(dy_text_item(DY_KBUTTON, width - 8, 3, "Cancel"));
   std::string got;
   if (wait_answer(std::move(items), title, &got) != 1) return 0;
   text = got;

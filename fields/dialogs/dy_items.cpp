@@ -42,6 +42,15 @@ int colour(const char *call, int h, int kind, int n, const int rgb[6]) {
   return 0;
 }
 
+int set_text(const char *call, int h, int kind, int n, const std::string &text) {
+  dy_box *b = nullptr;
+  dy_item *it = item(call, h, kind, n, &b);
+  if (!it) return -1;
+  it->text = text;
+  dy_view_changed(*b);
+  return 0;
+}
+
 }  // namespace
 
 int dy_nkind(const dy_box &b, int kind) {
@@ -64,23 +73,9 @@ int dy_qtext(int h, int n, std::string &out) {
   return 0;
 }
 
-int dy_stext(int h, int n, const std::string &text) {
-  dy_box *b = nullptr;
-  dy_item *it = item("dy_stext", h, DY_KINPUT, n, &b);
-  if (!it) return -1;
-  it->text = text;
-  dy_view_changed(*b);
-  return 0;
-}
+int dy_stext(int h, int n, const std::string &text) { return set_text("dy_stext", h, DY_KINPUT, n, text); }
 
-int dy_slabel(int h, int n, const std::string &text) {
-  dy_box *b = nullptr;
-  dy_item *it = item("dy_slabel", h, DY_KLABEL, n, &b);
-  if (!it) return -1;
-  it->text = text;
-  dy_view_changed(*b);
-  return 0;
-}
+int dy_slabel(int h, int n, const std::string &text) { return set_text("dy_slabel", h, DY_KLABEL, n, text); }
 
 int dy_qtg(int h, int group, std::vector<int> &states) {
   dy_item *it = item("dy_qtg", h, DY_KTG, group);

@@ -58,17 +58,6 @@ std::vector<stop> stops_of(const dy_box &b) {
   return out;
 }
 
-std::vector<std::string> split_lines(const std::string &s) {
-  std::vector<std::string> out(1);
-  for (char c : s) {
-    if (c == '\n')
-      out.emplace_back();
-    else
-      out.back() += c;
-  }
-  return out;
-}
-
 bool focused(int item, int sub = 0) {
   return !st.stops.empty() && st.stops[st.at].item == item &&
          (st.stops[st.at].sub == sub);
@@ -91,7 +80,7 @@ void item_segs(const dy_box &b, int i, int l0, int c0, int inner_cols, std::vect
         size_t from = focused(i) && st.icur >= size_t(w) ? st.icur - size_t(w) + 1 : 0;
         add(y, x, fit(it.text.substr(std::min(from, it.text.size())), w), focused(i) ? 3 : 4, i, 0);
       } else {
-        std::vector<std::string> ls = split_lines(it.text);
+        std::vector<std::string> ls = dy_split(it.text, '\n');
         int rows = std::max(3, int(it.height)), w = std::max(1, inner_cols - int(it.x));
         for (int r = 0; r < rows; r++)
           add(y + r, x, fit(r < int(ls.size()) ? ls[r] : "", w), focused(i) ? 3 : 4, i, r);

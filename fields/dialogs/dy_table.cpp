@@ -76,6 +76,26 @@ void cell_size(int &w, int &h, int &cols, int &lines) {
 
 void (*dy_viewhook)(dy_box &b) = nullptr;
 
+dy_item dy_text_item(int kind, double x, double y, const std::string &text) {
+  dy_item it;
+  it.kind = kind;
+  it.x = x;
+  it.y = y;
+  it.text = text;
+  return it;
+}
+
+std::vector<std::string> dy_split(const std::string &s, char sep) {
+  std::vector<std::string> out(1);
+  for (char c : s) {
+    if (c == sep)
+      out.emplace_back();
+    else
+      out.back() += c;
+  }
+  return out;
+}
+
 void dy_view_changed(dy_box &b) {
   if (dy_viewhook) dy_viewhook(b);
 }
@@ -220,13 +240,7 @@ int dy_sfocus(int h, int item) {
 
 int dy_setfont(const std::string &name) {
   // face, or face%style%width%height with a whole width and height
-  std::vector<std::string> parts(1);
-  for (char c : name) {
-    if (c == '%')
-      parts.emplace_back();
-    else
-      parts.back() += c;
-  }
+  std::vector<std::string> parts = dy_split(name, '%');
   auto whole = [](const std::string &s) {
     return !s.empty() && s.find_first_not_of("0123456789") == std::string::npos;
   };

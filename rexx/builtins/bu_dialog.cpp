@@ -28,6 +28,16 @@ int need_desc(bu_frame& f) {
   return bu_fail(f, 0, "no initialized dyalog box.");
 }
 
+// The six colour values from argument i, when the item was given them.
+int item_colours(bu_frame& f, int i, dy_item& it) {
+  if (f.argc < i + 6) return 0;
+  int rgb[6];
+  if (int e = bu_dy_colours(f, i, rgb)) return e;
+  std::copy(rgb, rgb + 3, it.col.fg);
+  std::copy(rgb + 3, rgb + 6, it.col.bg);
+  return 0;
+}
+
 // x, y and text for a label or a button, with the optional colours.
 int simple_item(bu_frame& f, value& r, int kind) {
   if (int e = bu_dy_needs(f, (f.argc == 3 || f.argc == 9) && bu_has(f, 2), "needs 3 or 9 arguments.")) return e;
@@ -37,12 +47,7 @@ int simple_item(bu_frame& f, value& r, int kind) {
   if (int e = bu_dy_number(f, 0, true, it.x)) return e;
   if (int e = bu_dy_number(f, 1, true, it.y)) return e;
   it.text = std::string(bu_text(f, 2));
-  int rgb[6];
-  if (f.argc == 9) {
-    if (int e = bu_dy_colours(f, 3, rgb)) return e;
-    std::copy(rgb, rgb + 3, it.col.fg);
-    std::copy(rgb + 3, rgb + 6, it.col.bg);
-  }
+  if (int e = item_colours(f, 3, it)) return e;
   desc->push_back(std::move(it));
   r.set_str("");
   return 0;
@@ -130,12 +135,7 @@ int bu_dy_input(bu_frame& f, value& r) {
   if (it.width < 0) it.width = 0;
   it.height = 3;
   it.text = std::string(bu_text(f, 3));
-  if (f.argc == 10) {
-    int rgb[6];
-    if (int e = bu_dy_colours(f, 4, rgb)) return e;
-    std::copy(rgb, rgb + 3, it.col.fg);
-    std::copy(rgb + 3, rgb + 6, it.col.bg);
-  }
+  if (int e = item_colours(f, 4, it)) return e;
   desc->push_back(std::move(it));
   r.set_str("");
   return 0;
@@ -225,12 +225,7 @@ int bu_dy_scl(bu_frame& f, value& r) {
   }
   it.text = std::string(bu_text(f, 6));
   it.on.assign(it.lines.size(), 0);
-  if (f.argc == 13) {
-    int rgb[6];
-    if (int e = bu_dy_colours(f, 7, rgb)) return e;
-    std::copy(rgb, rgb + 3, it.col.fg);
-    std::copy(rgb + 3, rgb + 6, it.col.bg);
-  }
+  if (int e = item_colours(f, 7, it)) return e;
   desc->push_back(std::move(it));
   r.set_str("");
   return 0;

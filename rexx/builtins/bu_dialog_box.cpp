@@ -50,6 +50,13 @@ struct text_row {
 };
 constexpr text_row text_calls[] = {{"DY_SINPUT", dy_stext}, {"DY_SLABEL", dy_slabel}};
 
+// Setters of a number: handle, item, number.
+struct number_row {
+  const char* name;            // upper-case function name
+  int (*call)(int, int, int);  // the manager's call
+};
+constexpr number_row number_calls[] = {{"DY_SCH", bu_dy_sch}, {"DY_PSCL", bu_dy_pscl}};
+
 // Colour calls: the function's name up to "_COL".
 struct colour_row {
   const char* name;                     // upper-case name without the suffix
@@ -162,14 +169,18 @@ int bu_dy_sinput(bu_frame& f, value& r) {
 }
 int bu_dy_slabel(bu_frame& f, value& r) { return bu_dy_sinput(f, r); }
 
-// DY_SCH(handle, choice, number of the text to choose).
+// DY_SCH(handle, choice, number of the text to choose), DY_PSCL(handle,
+// list, line): the line shown first and under the cursor.
 int bu_dy_sch_fn(bu_frame& f, value& r) {
   if (int e = needs_exactly(f, 3, "needs 3 arguments.")) return e;
   int h = 0, n = 0, v = 0;
   if (int e = handle_item(f, h, n)) return e;
   if (int e = bu_dy_whole(f, 2, v)) return e;
-  return bu_dy_result(r, bu_dy_sch(h, n, v));
+  for (const number_row& row : number_calls)
+    if (strcmp(row.name, f.name) == 0) return bu_dy_result(r, row.call(h, n, v));
+  return bu_dy_result(r, -1);
 }
+int bu_dy_pscl_fn(bu_frame& f, value& r) { return bu_dy_sch_fn(f, r); }
 
 // DY_STG(handle, group, toggle, 0 or 1).
 int bu_dy_stg_fn(bu_frame& f, value& r) {
@@ -223,15 +234,6 @@ int bu_dy_dscl_fn(bu_frame& f, value& r) {
   if (bu_has(f, 3))
     if (int e = bu_dy_whole(f, 3, count)) return e;
   return bu_dy_result(r, bu_dy_dscl(h, n, line, count));
-}
-
-// DY_PSCL(handle, list, line): the line shown first and under the cursor.
-int bu_dy_pscl_fn(bu_frame& f, value& r) {
-  if (int e = needs_exactly(f, 3, "needs 3 arguments.")) return e;
-  int h = 0, n = 0, line = 0;
-  if (int e = handle_item(f, h, n)) return e;
-  if (int e = bu_dy_whole(f, 2, line)) return e;
-  return bu_dy_result(r, bu_dy_pscl(h, n, line));
 }
 
 // DY_RSCL(handle, list, line, text).

@@ -15,17 +15,8 @@ int hear(const std::string &macro, const std::string &event) {
   return macro == "broken" ? -1 : 0;
 }
 
-dy_item item(int kind, double x, double y, const std::string &text) {
-  dy_item it;
-  it.kind = kind;
-  it.x = x;
-  it.y = y;
-  it.text = text;
-  return it;
-}
-
 dy_item list(double x, double y, std::vector<std::string> lines, bool multiple) {
-  dy_item it = item(DY_KSCL, x, y, "List");
+  dy_item it = dy_text_item(DY_KSCL, x, y, "List");
   it.width = 10;
   it.height = 2;
   it.lines = std::move(lines);
@@ -38,25 +29,30 @@ dy_item list(double x, double y, std::vector<std::string> lines, bool multiple) 
 int make_box(const std::string &macro, int grab = DY_NOGRAB) {
   dy_opts o;
   o.grab = grab;
-  int h = dy_make({item(DY_KBUTTON, 1, 0, "OK"), item(DY_KBUTTON, 10, 0, "Cancel"),
+  int h = dy_make({dy_text_item(DY_KBUTTON, 1, 0, "OK"), dy_text_item(DY_KBUTTON, 10, 0, "Cancel"),
                    list(1, 2, {"a", "b", "c"}, true)},
                   o);
   dy_attach(h, macro, "test");
   return h;
 }
 
+// Every box goes, with what it had pending, and the callback with them.
+void forget_boxes() {
+  dy_destroy_all();
+  dy_deliver();
+  dy_callhook = nullptr;
+}
+
+void listen() {
+  heard.clear();
+  destroy_on_call = 0;
+  dy_callhook = hear;
+}
+
 class Events : public ::testing::Test {
  protected:
-  void SetUp() override {
-    heard.clear();
-    destroy_on_call = 0;
-    dy_callhook = hear;
-  }
-  void TearDown() override {
-    dy_destroy_all();
-    dy_deliver();
-    dy_callhook = nullptr;
-  }
+  void SetUp() override { listen(); }
+  void TearDown() override { forget_boxes(); }
 };
 
 }  // namespace
@@ -152,24 +148,19 @@ class Page : public FieldsTest {
  protected:
   void SetUp() override {
     start(12, 40);
-    heard.clear();
-    destroy_on_call = 0;
-    dy_callhook = hear;
+    listen();
   }
   void TearDown() override {
-    dy_destroy_all();
-    dy_deliver();
-    dy_callhook = nullptr;
+    forget_boxes();
     as_readhook = nullptr;
     FieldsTest::TearDown();
   }
-  std::string row(int n) { return fs_rows()[size_t(n - 1)]; }
 };
 
 TEST_F(Page, WideBoxIsCutToTheScreenAndCentred) {
   dy_opts o;
   o.centre = 1;
-  int h = dy_make({item(DY_KLABEL, 1, 0, std::string(70, 'w'))}, o);
+  int h = dy_make({dy_text_item(DY_KLABEL, 1, 0, std::string(70, 'w'))}, o);
   int geo[4];
   ASSERT_EQ(dy_map(h, geo), 0);
   EXPECT_EQ(geo[2], 40 * 8);  // cut to the grid's width
@@ -180,16 +171,16 @@ TEST_F(Page, WideBoxIsCutToTheScreenAndCentred) {
 }
 
 TEST_F(Page, KeysFillTheItemsAndReport) {
-  dy_item in = item(DY_KINPUT, 1, 0, "ab");
+  dy_item in = dy_text_item(DY_KINPUT, 1, 0, "ab");
   in.width = 6;
-  dy_item tg = item(DY_KTG, 1, 1, "");
+  dy_item tg = dy_text_item(DY_KTG, 1, 1, "");
   tg.lines = {"one", "two"};
   tg.tx = {1, 10};
   tg.ty = {1, 1};
   tg.on = {1, 0};
   tg.exclusive = true;
   dy_opts o;
-  int h = dy_make({in, tg, list(1, 2, {"p", "q", "r"}, false), item(DY_KBUTTON, 1, 6, "Go")}, o);
+  int h = dy_make({in, tg, list(1, 2, {"p", "q", "r"}, false), dy_text_item(DY_KBUTTON, 1, 6, "Go")}, o);
   dy_attach(h, "cb", "test");
   int geo[4];
   dy_map(h, geo);
