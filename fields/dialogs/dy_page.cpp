@@ -64,7 +64,7 @@ bool focused(int item, int sub = 0) {
 }
 
 // The fields of one item, from the box's inner corner.
-void item_segs(const dy_box &b, int i, int l0, int c0, int inner_cols, std::vector<seg> &out) {
+void item_segs(const dy_box &b, int i, int l0, int c0, std::vector<seg> &out) {
   const dy_item &it = b.items[i];
   int x = c0 + int(it.x), y = l0 + int(it.y);
   auto add = [&](int line, int col, std::string text, int hilite, int item, int sub) {
@@ -81,7 +81,7 @@ void item_segs(const dy_box &b, int i, int l0, int c0, int inner_cols, std::vect
         add(y, x, fit(it.text.substr(std::min(from, it.text.size())), w), focused(i) ? 3 : 4, i, 0);
       } else {
         std::vector<std::string> ls = dy_split(it.text, '\n');
-        int rows = std::max(3, int(it.height)), w = std::max(1, inner_cols - int(it.x));
+        int rows = std::max(3, int(it.height)), w = DY_MULTI_COLS;
         for (int r = 0; r < rows; r++)
           add(y + r, x, fit(r < int(ls.size()) ? ls[r] : "", w), focused(i) ? 3 : 4, i, r);
       }
@@ -148,7 +148,7 @@ void compose(dy_box &b) {
                           size_t(cols - 4));
   std::vector<seg> raw;
   for (int i = 0; i < int(b.items.size()); i++)
-    item_segs(b, i, line0 + 2, col0 + 2, cols - 2, raw);
+    item_segs(b, i, line0 + 2, col0 + 2, raw);
   // What falls outside the frame's inside is cut away: a box larger than
   // the screen shows what fits.
   st.segs.clear();

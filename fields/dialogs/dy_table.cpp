@@ -32,7 +32,7 @@ void extent(const dy_item &it, int &right, int &bottom) {
       bottom = y + 1;
       break;
     case DY_KINPUT:
-      right = x + std::max(1, ceil_of(it.width)) + 2;
+      right = x + (it.width > 0 ? ceil_of(it.width) : DY_MULTI_COLS);
       bottom = y + (it.width > 0 ? 1 : std::max(3, ceil_of(it.height)));
       break;
     case DY_KBUTTON:
