@@ -133,6 +133,7 @@ void compose(dy_box &b) {
   int col0, line0, cols, lines, gl = 0, gc = 0;
   dy_place(b, col0, line0, cols, lines);
   fs_grid(&gl, &gc);
+  if (cols < 4 || lines < 3) cols = lines = 0;  // no room for a frame: nothing of the box shows
   std::vector<std::string> canvas(size_t(gl), std::string(size_t(gc), ' '));
   for (int l = 0; l < gl && l < int(st.back.size()); l++)
     canvas[l].replace(0, std::min(st.back[l].size(), size_t(gc)), st.back[l], 0, size_t(gc));

@@ -226,3 +226,22 @@ TEST_F(Page, AskGivesTheTextTyped) {
   EXPECT_EQ(dy_ask("Select a Folder", "Folder:", text), 1);
   EXPECT_EQ(text, "/tmp/y");
 }
+
+// A screen too small for any frame shows nothing of the box, and Escape
+// still takes it away.
+class TinyPage : public Page {
+ protected:
+  void SetUp() override {
+    start(2, 3);
+    listen();
+  }
+};
+
+TEST_F(TinyPage, BoxWithNoRoomIsNotDrawnButStillCloses) {
+  int h = dy_make({dy_text_item(DY_KLABEL, 1, 0, "too big")}, dy_opts{});
+  int geo[4];
+  ASSERT_EQ(dy_map(h, geo), 0);
+  rec->script("key escape");
+  EXPECT_EQ(dy_page_read(), 1);
+  EXPECT_EQ(dy_qmap(h), 0);
+}
