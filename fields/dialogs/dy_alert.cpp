@@ -20,31 +20,29 @@ const std::vector<std::string> kinds[] = {
     {"Save File", "Discard Edits", "Cancel Exit"},
 };
 
-// Maps a box made to be waited on and reads until a button unmaps it; the
-// button from 1, 0 when the box went some other way. The text of the first
-// input goes to input when given.
-int wait_answer(std::vector<dy_item> items, const std::string &title,
-                std::string *input = nullptr) {
+bool no_screen() { return !fs.started || dy_noscreen; }
+
+}  // namespace
+
+int dy_run_modal(std::vector<dy_item> &items, const std::string &title) {
+  if (no_screen()) return -1;
   dy_opts o;
   o.centre = 1;
   o.grab = DY_GRAB;
   o.title = title;
-  int h = dy_make(std::move(items), o);
+  int h = dy_make(items, o);
   dy_find(h)->waited = true;
   int geo[4];
   dy_map(h, geo);
   dy_box *box;
   while ((box = dy_find(h)) && box->mapped && !fs.gone)
     if (!dy_page_read()) break;
-  int answer = box && !box->mapped ? box->answer : 0;
-  if (box && input) dy_qtext(h, 1, *input);
-  if (box) dy_destroy(h);
+  if (!box) return 0;
+  int answer = box->mapped ? 0 : box->answer;
+  items = box->items;
+  dy_destroy(h);
   return answer;
 }
-
-bool no_screen() { return !fs.started || dy_noscreen; }
-
-}  // namespace
 
 int asf_alert(int kind, const std::vector<std::string> &lines) {
   if (kind < 1 || kind > 5 || lines.empty() || lines.size() > MAX_LINES) {
@@ -70,7 +68,7 @@ int asf_alert(int kind, const std::vector<std::string> &lines) {
     int x = b == 0 ? 2 : b + 1 == names.size() ? width - 4 - w : (width - 4 - w) / 2;
     items.push_back(dy_text_item(DY_KBUTTON, x, count + 1, names[b]));
   }
-  return wait_answer(std::move(items), "");
+  return dy_run_modal(items, "");
 }
 
 int dy_ask(const std::string &title, const std::string &label, std::string &text) {
@@ -83,8 +81,7 @@ int dy_ask(const std::string &title, const std::string &label, std::string &text
   items.push_back(in);
   items.push_back(dy_text_item(DY_KBUTTON, 2, 3, "OK"));
   items.push_back(dy_text_item(DY_KBUTTON, width - 8, 3, "Cancel"));
-  std::string got;
-  if (wait_answer(std::move(items), title, &got) != 1) return 0;
-  text = got;
+  if (dy_run_modal(items, title) != 1) return 0;
+  text = items[1].text;
   return 1;
 }
