@@ -122,6 +122,10 @@ extern std::string *xfmsg_capture;
 // "..... <key> <what>" and the answer is yes when the same key comes again.
 // False at once when the command did not come from a key on a page.
 bool xfconfirm_key(const std::string &what);
+// The same question asked as the command's source allows: from a key as
+// xfconfirm_key does with `what`; from a macro or a menu in a box of the
+// lines with Continue and Cancel. False where nobody can be asked.
+bool xfconfirm(const std::string &what, const std::vector<std::string> &lines);
 // The page's way of asking: `question` on the message line, then one read;
 // `aid` and `aid_value` hold the answer. With `onekey` any key answers, a
 // typed character included (AS_ONEKEY), and nothing is typed. False at once
@@ -144,6 +148,7 @@ int xfmacro_search(std::string_view line);  // 1 taken, 0 not
 void xfhash_path();                        // HAsh with no operand
 extern int (*xfrexx_hook)(const std::string &path, std::string_view rest); // run a REXX macro
 void xfrexx_init();                        // macros run in the interpreter
+void xfdialog_init();                      // dialog boxes call back into the editor
 extern std::vector<std::vector<std::string>> arg_frames; // words of executing macros
 
 // Command history.

@@ -4,6 +4,7 @@
 #include "commands/commands.h"
 #include "commands/xfsettings.h"
 #include "tools/tools.h"
+#include "fields/dialogs/dialogs.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
 #include "session/xed.h"
@@ -112,8 +113,8 @@ int xfcm_prompt(const xfcmd &c)
         t.remove_prefix(p + 2);
     }
     no_redisplay = 1;
-    // With no screen there is nobody to answer the box.
-    cmd_rc = 1;
+    // Continue answers yes; Cancel, a closed box or no screen to ask on, no.
+    cmd_rc = !batch && asf_alert(1, parts) == 1 ? 0 : 1;
     return 1;
 }
 

@@ -3,6 +3,7 @@
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
+#include "rexx/run.h"
 #include "session/xed.h"
 #include "session/xfpage.h"
 #include "fields/fields.h"
@@ -47,10 +48,19 @@ int quit(const xfcmd &c, unsigned how)
             xfexit(0);
         return 1;
     }
-    if ((how & QUIT_ASK) && xf->chgcount != 0 && !batch && cmd_source == 1 && fs_layer()) {
-        // From a key, a changed file is left only when the same key comes again.
-        if (!xfconfirm_key("to confirm quit"))
+    if ((how & QUIT_ASK) && xf->chgcount != 0 && !batch && fs_layer()) {
+        // A changed file is left only when the user says so: from a key by
+        // pressing it again, from a macro or a menu in a box.
+        bool yes = xfconfirm("to confirm quit",
+                             {"The file " + xf->fname + " has been modified.",
+                              "Quitting now will discard unsaved changes."});
+        // The nested read may have changed the ring.
+        if (!yes || !xf) {
+            // A macro learns of the refusal; a key's is its own answer.
+            if (cmd_source != 1 || rx_running())
+                cmd_rc = 12;
             return 1;
+        }
         how |= QUIT_ANYWAY;
     }
     // With nobody to confirm, asking refuses as PQUIT does.

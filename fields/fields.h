@@ -326,6 +326,10 @@ void aspend();
 typedef int (*fs_typehook)(int ch);
 extern fs_typehook as_typehook;
 constexpr int AS_TYPEDOVER = 675;
+// Called at the start of every read, before the current page is read: the
+// dialog boxes drawn as pages take their input there. Null for none.
+typedef int (*fs_readhook)();
+extern fs_readhook as_readhook;
 // Maps the cursor to the position the status line shows; null keeps the grid's.
 typedef void (*fs_poshook)(int *line, int *col);
 extern fs_poshook as_poshook;

@@ -56,6 +56,9 @@ class fs_plat {
   // font to change, no menus, tool bar or scroll bar to show.
   // Changes the text font by name; 0, or 1 when there is no such font.
   virtual int font(const std::string &) { return 0; }
+  // Whether a font face exists for the dialog boxes: 1 yes, 0 no, -1 the
+  // layer cannot tell (any well-formed name is taken).
+  virtual int font_known(const std::string &) { return -1; }
   // Shows the menu bar and the page's pop-up menu (null: none).
   virtual void menus(const struct fs_menu *, const struct fs_menu *) {}
   virtual void popup(int, int) {}                          // opens the pop-up at a pixel

@@ -30,7 +30,7 @@
 //
 // A key NAME is an optional prefix s-, c-, m- (l- and r- are m- too) or a
 // combination of two or three of s, c, m joined by + (s+c-, c+m-, s+c+m-, ...),
-// then one of: enter, return, tab, backspace, delete, escape, insert, home,
+// then one of: enter, return, tab, backspace, delete, escape, space, insert, home,
 // end, pageup, pagedown, uparrow, downarrow, leftarrow, rightarrow,
 // printscreen, scrolllock, pause, rctrl (right Ctrl alone), ralt (right Alt
 // alone), f1 to f24 (or pf1 to pf24), l1 to l12, r1 to r15, or a single
@@ -59,13 +59,13 @@ struct keyname {
 };
 constexpr keyname keynames[] = {
     {"enter", 13},          {"return", 10},         {"tab", 9},           {"backspace", 0},
-    {"delete", 0},          {"escape", 27},         {"insert", FSK_INSERT}, {"home", FSK_HOME},
+    {"delete", 0},          {"escape", 27}, {"space", 32},        {"insert", FSK_INSERT}, {"home", FSK_HOME},
     {"end", FSK_END},       {"pageup", FSK_PGUP},   {"pagedown", FSK_PGDN}, {"uparrow", FSK_UP},
     {"downarrow", FSK_DOWN}, {"leftarrow", FSK_LEFT}, {"rightarrow", FSK_RIGHT},
     {"printscreen", FSK_PRINT}, {"scrolllock", FSK_SCROLL}, {"pause", FSK_PAUSE},
     {"rctrl", 10},          {"ralt", 6},
 };
-static_assert(sizeof keynames / sizeof keynames[0] == 20, "twenty named keys");
+static_assert(sizeof keynames / sizeof keynames[0] == 21, "twenty-one named keys");
 
 // Parses NAME with its prefix into an event; false when unknown.
 bool parsekey(std::string w, fs_event &e, int &ch) {

@@ -8,6 +8,7 @@
 #include "session/xfkeys.h"
 #include "session/xfpage.h"
 #include "commands/commands.h"
+#include "fields/dialogs/dialogs.h"
 #include "fields/fields.h"
 #include "fields/plat.h"
 
@@ -561,6 +562,14 @@ void xfread(int toplevel)
             cmd_queue.push_back(cmd);
             return;
         }
+        case DY_READCODE: // what was done in a dialog box goes to its macro
+            read_cursor();
+            xfack();
+            dy_deliver();
+            if (!cmd_queue.empty())
+                return;
+            xfdisplay();
+            continue;
         case AS_NUDGED: // a child's output arrived: compose the page again
             read_cursor();
             xfack();

@@ -420,7 +420,9 @@ int xfsave(const std::string &target, bool force, bool keeptime, bool dosmode, b
 {
     struct stat st;
     if (target != xf->fname2 && stat(target.c_str(), &st) == 0 && !force && !recovering &&
-        !xfconfirm_key("to overwrite existing file"))
+        !xfconfirm("to overwrite existing file", {"Warning: you are overwriting file", target}))
+        return failed(2, 2);
+    if (!xf)
         return failed(2, 2);
     if (target == xf->fname2 && !force && !recovering && !disk_allows(target))
         return failed(2, 1);

@@ -261,6 +261,7 @@ void xfini()
     xfhash_path();
     xfkeys_init();
     xfrexx_init();
+    xfdialog_init();
     xfcmdline("synonym quit 4 command aquit");
 }
 

@@ -1,0 +1,123 @@
+// The editor's side of the dialog boxes: a box's callback runs as an editor
+// macro, and the editor's own questions are asked in boxes.
+#include "commands/commands.h"
+#include "commands/handlers.h"
+#include "commands/internal.h"
+#include "fields/dialogs/dialogs.h"
+#include "fields/fields.h"
+#include "rexx/run.h"
+#include "session/xed.h"
+
+namespace {
+
+// Inside a macro (DY_DISPATCH) the callback runs at once, nested as any
+// macro command does; otherwise it waits its turn among the queued
+// commands, so that it never cuts into what the user is typing.
+int editor_callback(const std::string &macro, const std::string &event)
+{
+    // A macro that is not there would leave the box deaf for ever: say so,
+    // and the box is taken off the screen.
+    if (rx_macro_path_hook && rx_macro_path_hook(macro).empty()) {
+        xfmsgs("..... dy_dispatch: unable to run the \"" + macro + "\" macro", 1);
+        return -1;
+    }
+    std::string cmd = "MACRO " + macro + event;
+    if (rx_running()) {
+        xfcmdline(cmd);
+        return cmd_rc < 0 ? -1 : 0;
+    }
+    cmd_queue.push_back(cmd);
+    return 0;
+}
+
+// The selection commands the string box can run, by the name it was called by.
+struct select_row {
+    const char *name;    // the dialog command
+    const char *command; // what it runs
+};
+constexpr select_row select_rows[] = {
+    {"DY_All", "all"}, {"DY_Exclude", "exclude"}, {"DY_SHow", "show"}};
+
+// The string box: the text, "Consider Case" and "Whole Word", OK and Cancel,
+// and a line for the complaint about a string that was not right.
+std::vector<dy_item> string_box(const std::string &text, bool consider, bool word,
+                                const std::string &complaint)
+{
+    std::vector<dy_item> items;
+    items.push_back(dy_text_item(DY_KLABEL, 1, 0, "String:"));
+    dy_item in = dy_text_item(DY_KINPUT, 9, 0, text);
+    in.width = 30;
+    items.push_back(in);
+    dy_item tg = dy_text_item(DY_KTG, 1, 2, "");
+    tg.lines = {"Consider Case", "Whole Word"};
+    tg.tx = {1, 20};
+    tg.ty = {2, 2};
+    tg.on = {consider, word};
+    items.push_back(tg);
+    items.push_back(dy_text_item(DY_KLABEL, 1, 3, complaint));
+    items.push_back(dy_text_item(DY_KBUTTON, 2, 5, "OK"));
+    items.push_back(dy_text_item(DY_KBUTTON, 24, 5, "Cancel"));
+    return items;
+}
+
+// Runs the selection with the file's case set as the box says, its
+// messages kept out of the file's pending list; the return code.
+int run_select(const char *command, const std::string &text, bool consider, bool word)
+{
+    char delim = word ? '\\' : '/';
+    int32_t was = xf->case_mode;
+    xf->case_mode = (was & ~1) | (consider ? 1 : 0);
+    std::string got, *before = xfmsg_capture;
+    xfmsg_capture = &got;
+    xfcmdline(std::string(command) + " " + delim + text + delim);
+    xfmsg_capture = before;
+    if (xf)
+        xf->case_mode = was;
+    return cmd_rc;
+}
+
+} // namespace
+
+int xfcm_dy_all(const xfcmd &c)
+{
+    xftrace("Commande xfcm_dy_all");
+    const char *command = "all";
+    for (const select_row &r : select_rows)
+        if (c.ent && std::string_view(c.ent->name) == r.name)
+            command = r.command;
+    if (!xf)
+        return 1;
+    std::string text, complaint;
+    bool consider = !xfcase_ignore(), word = false;
+    for (;;) {
+        std::vector<dy_item> items = string_box(text, consider, word, complaint);
+        int answer = dy_run_modal(items, "");
+        if (answer < 0) {
+            cmd_rc = 1; // nobody to ask
+            return 1;
+        }
+        text = items[1].text;
+        consider = items[2].on[0];
+        word = items[2].on[1];
+        if (answer != 1 || text.empty() || !xf)
+            return 1;
+        if (run_select(command, text, consider, word) != 5)
+            return 1;
+        complaint = "Invalid string.";
+    }
+}
+
+bool xfconfirm(const std::string &what, const std::vector<std::string> &lines)
+{
+    if (cmd_source == 1 && !rx_running())
+        return xfconfirm_key(what);
+    if (batch || !fs_layer())
+        return false;
+    return asf_alert(1, lines) == 1;
+}
+
+void xfdialog_init()
+{
+    dy_callhook = editor_callback;
+    dy_noscreen = batch;
+}

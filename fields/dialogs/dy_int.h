@@ -1,0 +1,17 @@
+// What the files of the dialog boxes share and nobody else needs.
+#pragma once
+#include "fields/dialogs/dialogs.h"
+
+dy_box *dy_find(int h);         // the box, or null, quietly
+std::vector<int> dy_handles();  // the open boxes, oldest first
+// The corner and size in cells of a mapped box, kept inside the grid.
+void dy_place(dy_box &b, int &col, int &line, int &cols, int &lines);
+// The box changed: its page, when shown, is drawn again.
+void dy_view_changed(dy_box &b);
+// The box goes: its callback and its pending events with it.
+void dy_forget(int h);
+// Columns of a multi-line input (one made with width 0).
+constexpr int DY_MULTI_COLS = 16;
+
+// The pieces of s between the separators.
+std::vector<std::string> dy_split(const std::string &s, char sep);
