@@ -5,6 +5,7 @@
 # a UTF-8 file (accented and wide characters on every line) in a UTF-8 locale.
 # Usage: bench/keys.sh [path to xed]   (default build/xed)
 set -eu
+. "$(dirname "$0")/key_mix.sh"
 xed=${1:-$(dirname "$0")/../build/xed}
 xed=$(realpath "$xed")
 work=$(mktemp -d)
@@ -15,19 +16,9 @@ awk 'BEGIN { for (i = 1; i <= 2000000; i++) printf "ligne %d d\047un fichier ét
 printf 'resize 60 200\n' > none.keys
 {
   printf 'resize 60 200\n'
-  for i in $(seq 1 25); do
-    printf 'key f8\n'                 # a page forward
-    for k in 1 2 3 4 5; do printf 'key downarrow\n'; done
-    printf 'type abcdefgh\n'          # eight characters typed into a line
-    printf 'key enter\n'
-    printf 'key f7\n'                 # a page back
-    printf 'wheel down\n'
-    printf 'wheel down\n'
-  done
+  key_mix
 } > session.keys
-keys=$(grep -c -v resize session.keys)
-chars=$((25 * 7))                     # "type abcdefgh" lines count 8 keys each
-keys=$((keys + chars))
+keys=$key_mix_keys
 median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
 time_of() { # prints the median seconds of 7 runs: keys, file (the load alone varies by some 6%)
   for k in 1 2 3 4 5 6 7; do

@@ -7,6 +7,7 @@
 # then the window is saved and compared with what the child wrote.
 # Usage: bench/shell_keys.sh [path to xed]   (default build/xed)
 set -eu
+. "$(dirname "$0")/key_mix.sh"
 xed=${1:-$(dirname "$0")/../build/xed}
 xed=$(realpath "$xed")
 work=$(mktemp -d)
@@ -22,20 +23,12 @@ mark() { printf 'key home\ntype shell date +%%s.%%N >> %s/marks\nkey enter\n' "$
 session() { # the child's command
   printf 'resize 60 200\ntype xshell %s\nkey enter\ntype xedit file.txt\nkey enter\n' "$1"
   mark
-  for i in $(seq 1 25); do
-    printf 'key f8\n'
-    for k in 1 2 3 4 5; do printf 'key downarrow\n'; done
-    printf 'type abcdefgh\n'
-    printf 'key enter\n'
-    printf 'key f7\n'
-    printf 'wheel down\n'
-    printf 'wheel down\n'
-  done
+  key_mix
   mark
   # The user's file is left unsaved; the window, now current, is saved.
   printf 'settle\nkey home\ntype qquit\nkey enter\ntype ssave %s/got.txt\nkey enter\n' "$work"
 }
-keys=$((25 * 18))
+keys=$key_mix_keys
 session "sh gen.sh" > busy.keys
 session "true" > quiet.keys
 median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }

@@ -8,6 +8,7 @@
 #   comment    "/*" typed on the first line, ENTER, then the last page shown
 # Usage: bench/syntax.sh [path to xed]   (default build/xed)
 set -eu
+. "$(dirname "$0")/key_mix.sh"
 xed=${1:-$(dirname "$0")/../build/xed}
 xed=$(realpath "$xed")
 work=$(mktemp -d)
@@ -22,17 +23,9 @@ printf 'resize 60 200\n' > load.keys
 printf 'resize 60 200\nkey s-f12\n' > end.keys
 {
   printf 'resize 60 200\n'
-  for i in $(seq 1 25); do
-    printf 'key f8\n'
-    for k in 1 2 3 4 5; do printf 'key downarrow\n'; done
-    printf 'type abcdefgh\n'
-    printf 'key enter\n'
-    printf 'key f7\n'
-    printf 'wheel down\n'
-    printf 'wheel down\n'
-  done
+  key_mix
 } > keys.keys
-keys=$(( $(grep -c -v resize keys.keys) + 25 * 7 ))
+keys=$key_mix_keys
 printf 'resize 60 200\nclick 31 7\ntype /*\nkey enter\nkey s-f12\n' > comment.keys
 median() { sort -n | awk '{ a[NR] = $1 } END { print a[int((NR + 1) / 2)] }'; }
 time_of() { # keys file, file: median seconds

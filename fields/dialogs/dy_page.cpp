@@ -403,11 +403,16 @@ int dy_page_read() {
   int h = dy_page_top();
   if (st.reading || !h) return 0;
   st.reading = true;
+  // What is typed into a box is the box's: no hook of the page under it
+  // takes it.
+  fs_typehook under = as_typehook;
+  as_typehook = nullptr;
   uint32_t prev = fs_curpage();
   asrefresh();
   st.back = fs_rows();
   // The newest box first; when it goes, the one under it takes the keys.
   while (h && dy_pending() == 0 && read_box(h)) h = dy_page_top();
+  as_typehook = under;
   st.reading = false;
   if (prev != FS_NOPAGE) fspsel(prev);
   return 1;
