@@ -5,16 +5,18 @@
 // write fails.
 #include "commands/internal.h"
 #include "tests/unit/session/fixture.h"
+#include "tests/unit/session/save_fixture.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 namespace {
+
+using savetest::slurp;
+using savetest::spit;
 
 struct WriteBlock : EditorTest {
     std::string dir;
@@ -35,17 +37,6 @@ struct WriteBlock : EditorTest {
         (void)!std::system(cmd.c_str());
     }
     std::string path(const char *name) const { return dir + "/" + name; }
-    static std::string slurp(const std::string &p)
-    {
-        std::ifstream in(p, std::ios::binary);
-        std::ostringstream s;
-        s << in.rdbuf();
-        return s.str();
-    }
-    static void put(const std::string &p, const std::string &data)
-    {
-        std::ofstream(p, std::ios::binary) << data;
-    }
     bool exists(const std::string &p) const
     {
         struct stat st;
@@ -76,7 +67,7 @@ TEST_F(WriteBlock, CreateWaitsForABlockThenWritesItsLines)
 
 TEST_F(WriteBlock, ReplaceWithAnMmBlockMovesTheLinesOutAndKeepsTheMode)
 {
-    put(path("old.txt"), "old text\nmore\nand more\n");
+    spit(path("old.txt"), "old text\nmore\nand more\n");
     chmod(path("old.txt").c_str(), 0640);
     xfcmdline("pdfreplace " + path("old.txt"));
     EXPECT_EQ(lastmsg(), "..... PDF REPLACE pending");
@@ -110,7 +101,7 @@ TEST_F(WriteBlock, ABlockAlreadyWaitingIsTakenByTheCommand)
 
 TEST_F(WriteBlock, CreateRefusesANameThatIsTaken)
 {
-    put(path("there"), "keep\n");
+    spit(path("there"), "keep\n");
     ASSERT_EQ(symlink(path("nowhere").c_str(), path("dangling").c_str()), 0);
     for (const char *name : {"there", "dangling"}) {
         xfcmdline(std::string("create ") + path(name));
@@ -123,7 +114,7 @@ TEST_F(WriteBlock, CreateRefusesANameThatIsTaken)
     // A file made while the name waited is refused when the block comes,
     // and the moved lines stay.
     xfcmdline("create " + path("late"));
-    put(path("late"), "someone else's\n");
+    spit(path("late"), "someone else's\n");
     xfack2(0, "mm", -1);
     xfack2(1, "mm", -1);
     xfapply();
