@@ -182,10 +182,30 @@ int xfonoff(const xfcmd &c, int &flag);
 // (22 not found, the loader's, or the file being shorter).
 bool xfread_file_lines(std::string name, long first, long count, std::vector<xfline> &out);
 
-// Lines read by PDFCOpy that wait for an A or B (F or P) destination in
-// the prefix area; the prefix commands' run serves them first.
-extern std::vector<std::string> pdfcopy_lines;
-extern bool pdfcopy_waiting;
+// A name typed for a file: "~" is the home folder, and a relative name is
+// taken from the working folder.
+std::string xfpath_of(std::string name);
+
+// What PDFCOpy, CREAte or REPlace leave for the prefix area to complete:
+// lines read from a file that wait for an A or B (F or P) destination, or a
+// file that waits for a CC or MM block (or a C or M) to be written with.
+// One at a time: a later command takes the place of one still waiting. The
+// prefix commands' run serves it ahead of the file's own destinations.
+enum : int { PARK_NONE, PARK_COPY, PARK_CREATE, PARK_REPLACE };
+struct xfparked {
+    int kind = PARK_NONE;
+    std::vector<std::string> lines; // PARK_COPY
+    std::string path;               // PARK_CREATE, PARK_REPLACE
+};
+extern xfparked pdf_parked;
+
+// Writes the lines in scope of n lines from li to the file at `path`, as
+// CREAte (which must find no file there, message 182) or REPlace do; the
+// bound file itself stays unsaved. False, with the message given, when
+// nothing was written.
+bool xfwrite_block(const std::string &path, bool create, int32_t li, int64_t n);
+// A block that already waits in the prefix area goes to the parked file.
+void xfpfx_take_parked();
 
 // Count-from-target: the target at the front of `text` (which is left at
 // what follows it) as a count from the current line, negative for a target

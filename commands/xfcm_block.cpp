@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
 
 // ---------------------------------------------------------------------------
 // Targets of the block commands.
@@ -87,6 +88,32 @@ template <class F> void each_run_back(int32_t first, int64_t n, F f)
     }
 }
 
+// Each line in scope of n lines from li (li -1 counts one fewer from 0).
+template <class F> void each_walked(int32_t li, int64_t n, F f)
+{
+    if (li < 0) {
+        n += li;
+        li = 0;
+    }
+    int32_t end = (int32_t)std::min<int64_t>(li + n, nbli());
+    for (int32_t k = li; k < end; k++)
+        if (walked(k))
+            f(k);
+}
+
+// Whether a new file may take the name; message 182 when not. Whatever
+// stands under the name, a link to nowhere included, is no place for a new
+// file: its text would land where the link points.
+bool name_free(const std::string &path)
+{
+    struct stat st;
+    if (lstat(path.c_str(), &st) != 0)
+        return true;
+    xfmsg(182, 1);
+    cmd_rc = 1;
+    return false;
+}
+
 xfline copy_line(const xfline &l)
 {
     xfline c{(char *)xfmalloc((size_t)l.len + 1), l.len, 0, l.selevel};
@@ -115,15 +142,23 @@ int64_t xfdel(int32_t li, int64_t n, const char *tag)
 std::vector<xfline> xfcopy_out(int32_t li, int64_t n)
 {
     std::vector<xfline> out;
-    if (li < 0) {
-        n += li;
-        li = 0;
-    }
-    int32_t end = (int32_t)std::min<int64_t>(li + n, nbli());
-    for (int32_t k = li; k < end; k++)
-        if (walked(k))
-            out.push_back(copy_line(xf->lines[k]));
+    each_walked(li, n, [&](int32_t k) { out.push_back(copy_line(xf->lines[k])); });
     return out;
+}
+
+bool xfwrite_block(const std::string &path, bool create, int32_t li, int64_t n)
+{
+    if (create && !name_free(path))
+        return false;
+    std::vector<int32_t> only;
+    each_walked(li, n, [&](int32_t k) { only.push_back(k); });
+    // The save's own writer: a new file beside the old that takes its name
+    // only when complete, the old file's mode and owner kept.
+    if (xfsave(path, true, false, false, false, true, &only) != 0)
+        return false;
+    xfmsgs("..... " + path.substr(path.rfind('/') + 1) + (create ? " created" : " replaced"), 0);
+    cmd_rc = 0;
+    return true;
 }
 
 void xfinsert_lines(int32_t after, std::vector<xfline> &lines, const char *tag)
@@ -382,8 +417,7 @@ int copy_or_move(const xfcmd &c, bool move)
 
 } // namespace
 
-std::vector<std::string> pdfcopy_lines;
-bool pdfcopy_waiting = false;
+xfparked pdf_parked;
 
 int xfcm_copy(const xfcmd &c)
 {
@@ -421,15 +455,63 @@ int xfcm_pdfcopy(const xfcmd &c)
         cmd_rc = 0;
         return 1;
     }
-    pdfcopy_lines.clear();
+    pdf_parked = xfparked{PARK_COPY, {}, {}};
     for (auto &l : lines) {
-        pdfcopy_lines.emplace_back(l.text, (size_t)l.len);
+        pdf_parked.lines.emplace_back(l.text, (size_t)l.len);
         xftext_free(l.text);
     }
-    pdfcopy_waiting = true;
     xfmsg(177, 0);
     cmd_rc = 0;
     return 1;
+}
+
+namespace {
+
+// CREAte and REPlace: file [label label]. With two labels their lines are
+// written at once; otherwise the file waits for a CC or MM block, and a
+// block already waiting is taken at once.
+int write_to_file(const xfcmd &c, int kind)
+{
+    if (!xf)
+        return 1;
+    std::string_view rest = c.ops();
+    std::string_view name = xfword(rest), from = xfword(rest), to = xfword(rest);
+    if (name.empty())
+        return fail(159, 5);
+    if (!xftrim(rest).empty() || from.empty() != to.empty())
+        return fail(16, 5);
+    int a = from.empty() ? -1 : xfpoint_find(from), b = to.empty() ? -1 : xfpoint_find(to);
+    if (!from.empty() && (a < 0 || b < 0))
+        return fail(178, 5);
+    std::string path = xfpath_of(std::string(name));
+    if (kind == PARK_CREATE && !name_free(path))
+        return 1;
+    if (a >= 0) {
+        int32_t lo = xf->points[(size_t)a].li, hi = xf->points[(size_t)b].li;
+        if (lo > hi)
+            std::swap(lo, hi);
+        xfwrite_block(path, kind == PARK_CREATE, lo, (int64_t)hi - lo + 1);
+        return 1;
+    }
+    pdf_parked = xfparked{kind, {}, path};
+    xfmsg(kind == PARK_CREATE ? 183 : 185, 0);
+    cmd_rc = 0;
+    xfpfx_take_parked();
+    return 1;
+}
+
+} // namespace
+
+int xfcm_create(const xfcmd &c)
+{
+    xftrace("Commande xfcm_create");
+    return write_to_file(c, PARK_CREATE);
+}
+
+int xfcm_pdfreplace(const xfcmd &c)
+{
+    xftrace("Commande xfcm_pdfreplace");
+    return write_to_file(c, PARK_REPLACE);
 }
 
 int xfcm_xedcopy(const xfcmd &c)

@@ -37,9 +37,12 @@ int xfcm_input(const xfcmd &c)
 
 int xfcm_replace(const xfcmd &c)
 {
+    return modes.command_ispf ? xfcm_pdfreplace(c) : xfcm_xedreplace(c);
+}
+
+int xfcm_xedreplace(const xfcmd &c)
+{
     xftrace("Commande xfcm_replace");
-    if (modes.command_ispf)
-        return xfcm_notimpl(c);
     if (!xf)
         return 1;
     std::string t = text_operand(c);

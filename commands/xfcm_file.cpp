@@ -181,13 +181,18 @@ int xfcm_file(const xfcmd &c)
     return 1;
 }
 
-bool xfread_file_lines(std::string name, long first, long count, std::vector<xfline> &out)
+std::string xfpath_of(std::string name)
 {
-    if (name[0] == '~') {
+    if (!name.empty() && name[0] == '~') {
         const char *h = std::getenv("HOME");
         name = std::string(h ? h : "") + name.substr(1);
     }
-    std::string path = xfcanon(name[0] == '/' ? name : current_dir() + "/" + name);
+    return xfcanon(!name.empty() && name[0] == '/' ? name : current_dir() + "/" + name);
+}
+
+bool xfread_file_lines(std::string name, long first, long count, std::vector<xfline> &out)
+{
+    std::string path = xfpath_of(name);
     int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (fd < 0) {
         xfmsg(22, 1);

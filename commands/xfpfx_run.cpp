@@ -404,6 +404,20 @@ void copy_to(int32_t a, int64_t span, bool move, const dest &d, std::vector<int>
     xfinsert_lines(ip - 1, lines, move ? "xfpfx:m" : "xfpfx:c");
 }
 
+// The block goes to the file that CREAte or REPlace parked, ahead of any
+// destination in this file; a moved block leaves the file only once it is
+// safely written. The file is served once, whatever the outcome.
+void to_file(int32_t a, int64_t span, bool move, const std::vector<int> &recs)
+{
+    done(recs);
+    xfparked p = std::move(pdf_parked);
+    pdf_parked = {};
+    if (!xfwrite_block(p.path, p.kind == PARK_CREATE, a, span) || !move)
+        return;
+    xfopen_groups();
+    xfdel(a, span, "xfpfx:m");
+}
+
 // The number of a pair: the first bound's when it has one.
 int32_t pair_count(const xfpend &p, const xfpend &q)
 {
@@ -503,6 +517,15 @@ bool run_kind(const block_kind &k)
             run_pair(p.code, lo, hi, pair_count(p, q));
             continue;
         }
+        bool move = p.code == PFX_MM || p.code == PFX_M;
+        int32_t first = lo;
+        int64_t span = (int64_t)hi - lo + 1;
+        if (!k.pair)
+            range_of(p.li, p.count == xfpend_all ? (int64_t)nbli() + 1 : p.count, first, span);
+        if (pdf_parked.kind == PARK_CREATE || pdf_parked.kind == PARK_REPLACE) {
+            to_file(first, span, move, recs);
+            continue;
+        }
         dest d;
         int found = find_dest(d);
         if (found == 0)
@@ -515,11 +538,6 @@ bool run_kind(const block_kind &k)
             refuse(recs);
             continue;
         }
-        bool move = p.code == PFX_MM || p.code == PFX_M;
-        int32_t first = lo;
-        int64_t span = (int64_t)hi - lo + 1;
-        if (!k.pair)
-            range_of(p.li, p.count == xfpend_all ? (int64_t)nbli() + 1 : p.count, first, span);
         copy_to(first, span, move, d, recs);
     }
 }
@@ -528,7 +546,7 @@ bool run_kind(const block_kind &k)
 // them, ahead of any block that might want it.
 void serve_copy()
 {
-    if (!pdfcopy_waiting)
+    if (pdf_parked.kind != PARK_COPY)
         return;
     int i = first_of(xf->pend2, [](const xfpend &p) { return p.code == PFX_AFTER || p.code == PFX_BEFORE; });
     if (i < 0)
@@ -539,12 +557,11 @@ void serve_copy()
         return refuse({i});
     done({i});
     std::vector<xfline> v;
-    for (auto &t : pdfcopy_lines)
+    for (auto &t : pdf_parked.lines)
         v.push_back(xfline{xfstrdup(t), (int32_t)t.size(), 0, xv->select_new});
+    pdf_parked = {};
     xfopen_groups();
     xfinsert_lines(after, v, "xfpfx:pdfcopy");
-    pdfcopy_lines.clear();
-    pdfcopy_waiting = false;
 }
 
 // ---------------------------------------------------------------------------
@@ -757,6 +774,17 @@ int xfpfx_macro(const xfpend &p, const char *set)
     }
     curline() = std::clamp(cur, topline, std::max(topline, nbli() - 1));
     return r != 0 ? 1 : 0;
+}
+
+void xfpfx_take_parked()
+{
+    if (!xf || xf->pend2.empty())
+        return;
+    for (const block_kind &k : kinds)
+        if (k.needs_dest)
+            run_kind(k);
+    clean();
+    xfclampcur();
 }
 
 void xfapply()

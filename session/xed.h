@@ -427,10 +427,12 @@ struct xfreadstate {
 };
 int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st);
 
-// Saving: xfwrite returns 0, 2 on failure, 3 when refused.
-int xfwrite(bool dosmode, bool verify);
+// Saving: xfwrite returns 0, 2 on failure, 3 when refused. With `only`
+// the write takes just those lines of the bound file, in that order; a save
+// of some lines must be `named`, since the file itself is not saved by it.
+int xfwrite(bool dosmode, bool verify, const std::vector<int32_t> *only = nullptr);
 int xfsave(const std::string &target, bool force, bool keeptime, bool dosmode,
-           bool verify, bool named);
+           bool verify, bool named, const std::vector<int32_t> *only = nullptr);
 int xfcopyfile(const std::string &from, const std::string &to);
 int xfrecycle(const std::string &path); // to the Trash: 0 or an errno value
 

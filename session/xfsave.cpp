@@ -32,10 +32,13 @@ constexpr unsigned B_CRLF = 1;   // records end in CR LF
 constexpr unsigned B_VERIFY = 2; // only the view's VERIFY columns
 constexpr unsigned B_PLAIN = 4;  // every line as it stands, LF endings (autosave)
 
+// The lines a write takes: all of the bound file's, or only those listed.
+const std::vector<int32_t> *write_only = nullptr;
+
 // The bound file's text as it goes to disk, handed to `put` piece by piece.
 template <class Put> void emit(unsigned how, Put &&put)
 {
-    int32_t n = xf->nbli();
+    int32_t n = write_only ? (int32_t)write_only->size() : xf->nbli();
     int32_t vfrom = 1, vto = 0;
     if ((how & B_VERIFY) && xv && xfidx >= 0 && xfidx < (int)xv->perfile.size()) {
         vfrom = xv->perfile[(size_t)xfidx].verify[0];
@@ -56,7 +59,7 @@ template <class Put> void emit(unsigned how, Put &&put)
         }
     };
     for (int32_t i = 0; i < n; i++) {
-        const xfline &l = xf->lines[i];
+        const xfline &l = xf->lines[write_only ? (*write_only)[(size_t)i] : i];
         const char *t = l.text;
         int32_t len = l.len;
         // Columns, TRUNC and LRECL count characters in a UTF-8 file.
@@ -299,8 +302,14 @@ int xfwrite_copy(const std::string &path, mode_t mode, int form)
     return replace(path, mode, nullptr, [&](int fd) { return stream(fd, how[form]); });
 }
 
-int xfwrite(bool dosmode, bool verify)
+int xfwrite(bool dosmode, bool verify, const std::vector<int32_t> *only)
 {
+    // Every way out of the write leaves the bound file's own text as the
+    // default for the next one.
+    struct restore {
+        ~restore() { write_only = nullptr; }
+    } reset;
+    write_only = only;
     unsigned how = (dosmode || xf->eol_kind == 0 ? B_CRLF : 0u) | (verify ? B_VERIFY : 0u);
     std::string target;
     if (follow(xf->fname, target) == ELOOP) {
@@ -416,7 +425,7 @@ int failed(int status, int rc)
 } // namespace
 
 int xfsave(const std::string &target, bool force, bool keeptime, bool dosmode, bool verify,
-           bool named)
+           bool named, const std::vector<int32_t> *only)
 {
     struct stat st;
     if (target != xf->fname2 && stat(target.c_str(), &st) == 0 && !force && !recovering &&
@@ -429,7 +438,7 @@ int xfsave(const std::string &target, bool force, bool keeptime, bool dosmode, b
     std::string oldname = xf->fname;
     int64_t oldtime = xf->mtime;
     xf->fname = target;
-    int status = xfwrite(dosmode, verify);
+    int status = xfwrite(dosmode, verify, only);
     xf->fname = oldname;
     if (status != 0) {
         if (status != 3)

@@ -192,6 +192,21 @@ void adjust_points_insert(int32_t after, int32_t n)
             x.li += n;
 }
 
+// Named lines go with their lines through a reordering: the line that was
+// at li + order[k] is now at li + k.
+void adjust_points_permute(int32_t li, int32_t count, const int32_t *order)
+{
+    auto inside = [&](const xfpoint &x) { return x.li >= li && x.li < li + count; };
+    if (std::none_of(xf->points.begin(), xf->points.end(), inside))
+        return;
+    std::vector<int32_t> now((size_t)count);
+    for (int32_t k = 0; k < count; k++)
+        now[(size_t)order[k]] = k;
+    for (auto &x : xf->points)
+        if (inside(x))
+            x.li = li + now[(size_t)(x.li - li)];
+}
+
 } // namespace
 
 void xfclearredo(xfile *f)
@@ -314,6 +329,7 @@ void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
         break;
     case 'P':
         permute(L, li, count, order);
+        adjust_points_permute(li, count, order);
         if (e)
             e->order.assign(order, order + count);
         break;

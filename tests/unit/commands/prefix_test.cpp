@@ -207,14 +207,13 @@ TEST_F(Prefix, PendingCommandForms)
 
 TEST_F(Prefix, CopiedLinesTakeTheFirstDestinationBeforeAnyBlock)
 {
-    pdfcopy_lines = {"x", "y"};
-    pdfcopy_waiting = true;
+    pdf_parked = {PARK_COPY, {"x", "y"}, ""};
     xfack2(0, "cc", -1);
     xfack2(1, "cc", -1);
     xfack2(4, "f", -1);
     xfapply();
     EXPECT_EQ(text(), (std::vector<std::string>{"a", "b", "c", "d", "e", "x", "y", "f", "g", "h"}));
-    EXPECT_FALSE(pdfcopy_waiting);
+    EXPECT_EQ(pdf_parked.kind, PARK_NONE);
     // The block found no destination left: it waits for the next one.
     EXPECT_EQ(entry(0), "B:2:1");
     EXPECT_EQ(entry(1), "B:2:1");
@@ -223,14 +222,13 @@ TEST_F(Prefix, CopiedLinesTakeTheFirstDestinationBeforeAnyBlock)
     EXPECT_EQ(text(),
               (std::vector<std::string>{"a", "b", "a", "b", "c", "d", "e", "x", "y", "f", "g", "h"}));
     // B before the top of the file has no place: refused, the lines kept.
-    pdfcopy_lines = {"z"};
-    pdfcopy_waiting = true;
+    pdf_parked = {PARK_COPY, {"z"}, ""};
     modes.prefix_ispf = 1;
     xfack2(-1, "b", -1);
     xfapply();
     EXPECT_EQ(msgs().back(), "..... Invalid F, P, O or OO position");
-    EXPECT_TRUE(pdfcopy_waiting);
-    pdfcopy_waiting = false;
+    EXPECT_EQ(pdf_parked.kind, PARK_COPY);
+    pdf_parked = {};
 }
 
 // A page of file rows, row r showing line r - 1 (the top of the file on
