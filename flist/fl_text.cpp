@@ -158,7 +158,9 @@ const std::vector<std::string> &fl_first_lines(fl_list &l, size_t i)
     if (l.first.size() < l.count())
         l.first.resize(l.count());
     fl_first &f = l.first[i];
-    if (fl_is_parent(l, i) || fl_is_dir(l.st[i]) || fl_removed(l.st[i])) {
+    // Only what was a regular file when listed is opened at all: opening a
+    // device may do something to it.
+    if (fl_is_parent(l, i) || !S_ISREG(l.st[i].mode) || fl_removed(l.st[i])) {
         f = fl_first{};
         return f.lines;
     }
