@@ -63,6 +63,9 @@ int cmd_hash_of(std::string_view key);       // the bucket of a key
 // Word tests shared by handlers.
 bool word_match(std::string_view text, const cmd_info &name);
 bool synonym_match(std::string_view text, std::string_view name, int minlen);
+// The commands the first synonym matching `line` stands for, the text typed
+// after its name added to the last of them; false when none matches.
+bool synonym_expand(std::string_view line, std::vector<std::string> &cmds);
 bool abbrev(std::string_view word, std::string_view name, int min); // case folded
 
 // ---------------------------------------------------------------------------

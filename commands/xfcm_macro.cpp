@@ -308,6 +308,23 @@ int xfcm_impcmscp(const xfcmd &c)
     return 1;
 }
 
+bool synonym_expand(std::string_view line, std::vector<std::string> &cmds)
+{
+    for (const xfsynonym &s : synonyms) {
+        if (!synonym_match(line, s.name, s.minlen))
+            continue;
+        cmds = s.expansions;
+        if (cmds.empty())
+            cmds.emplace_back();
+        size_t matched = 0;
+        while (matched < line.size() && matched < s.name.size() && line[matched] == s.name[matched])
+            matched++;
+        cmds.back().append(line.substr(matched));
+        return true;
+    }
+    return false;
+}
+
 // SYNonym [ON|OFf] | CLEAR name | [LINEND c] name [minlen] text
 int xfcm_synonym(const xfcmd &c)
 {

@@ -100,31 +100,21 @@ void dispatch_end(std::string_view line)
 
 bool run_synonyms(std::string_view line, int ctx1, int ctx2, int mm, int mb)
 {
-    if (!(mm && mb && synonym_armed && synonym_on))
+    std::vector<std::string> cmds;
+    if (!(mm && mb && synonym_armed && synonym_on) || !synonym_expand(line, cmds))
         return false;
-    for (auto &s : synonyms) {
-        if (!synonym_match(line, s.name, s.minlen))
-            continue;
-        synonym_armed = 0;
-        size_t n = s.expansions.size();
-        for (size_t i = 0; i + 1 < n; i++) {
-            xfcom2(s.expansions[i], ctx1, ctx2);
-            if (cmd_rc != 0) {
-                synonym_armed = 1;
-                return true;
-            }
+    synonym_armed = 0;
+    for (size_t i = 0; i + 1 < cmds.size(); i++) {
+        xfcom2(cmds[i], ctx1, ctx2);
+        if (cmd_rc != 0) {
+            synonym_armed = 1;
+            return true;
         }
-        size_t matched = 0;
-        while (matched < line.size() && matched < s.name.size() && line[matched] == s.name[matched])
-            matched++;
-        std::string last = n ? s.expansions[n - 1] : std::string();
-        last.append(line.substr(matched));
-        xfcom2(last, ctx1, ctx2);
-        keep_rc_quiet = inner_quiet;
-        synonym_armed = 1;
-        return true;
     }
-    return false;
+    xfcom2(cmds.back(), ctx1, ctx2);
+    keep_rc_quiet = inner_quiet;
+    synonym_armed = 1;
+    return true;
 }
 
 // "$$end$$mac$$end$$mac$$N": the marker that ends a command-file level run

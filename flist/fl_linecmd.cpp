@@ -3,6 +3,7 @@
 #include "flist/flist.h"
 
 #include "commands/commands.h"
+#include "rexx/run.h"
 #include "session/xed.h"
 
 #include <cstring>
@@ -72,6 +73,13 @@ int sort_by(ctx &c)
     return 0;
 }
 
+int display_as(ctx &c)
+{
+    c.lv.display = c.arg;
+    c.lv.rebuild = true;
+    return 0;
+}
+
 enum : unsigned {
     ON_PARENT = 1, // only on the entry `..`
     XEDIT = 2,     // only in the XEDIT vocabulary
@@ -114,7 +122,20 @@ constexpr word words[] = {
     {"/str", sort_by, FL_BYTYPE | FL_REVERSED, 0},
     {"/sbr", sort_by, FL_BYSIZE | FL_REVERSED, 0},
     {"/sdr", sort_by, FL_BYTIME | FL_REVERSED, 0},
+    {"/dm0", display_as, 0, 0},
+    {"/dm1", display_as, 1, 0},
+    {"/dm2", display_as, 2, 0},
 };
+
+// PATH in a file-list macro: the directory table joined by `;` in the
+// order of the file modes (a, b, ... z, aa, ba, ...).
+void set_path()
+{
+    std::string all;
+    for (const std::string &d : fl_dirs)
+        all += (all.empty() ? "" : ";") + d;
+    rx_host_set("PATH", all);
+}
 
 // A `.flist` macro of that name, given the rest and the entry's path.
 bool flist_macro(const std::string &name, std::string_view rest, const std::string &path, int &result)
@@ -128,7 +149,9 @@ bool flist_macro(const std::string &name, std::string_view rest, const std::stri
             return true;
         }
         macro_depth++;
+        rx_start_hook = set_path;
         int r = xfrexx_hook(m.path, std::string(rest) + " " + fl_quote(path));
+        rx_start_hook = nullptr; // a macro that could not be read never took it
         macro_depth--;
         result = r != 0;
         return true;
@@ -146,9 +169,9 @@ struct message_watch {
     }
 };
 
-} // namespace
-
-int fl_line_command(size_t i, const std::string &typed)
+// One command of a line, its word tried as a file-list macro, then as a
+// built-in word, and last given to the editor.
+int one_command(size_t i, const std::string &typed)
 {
     fl_level &lv = fl_levels.back();
     std::string path = path_of(lv, i);
@@ -188,6 +211,28 @@ int fl_line_command(size_t i, const std::string &typed)
     xfcom2(cmd);
     watch.report();
     return cmd_rc != 0 && cmd_rc != 2;
+}
+
+} // namespace
+
+int fl_line_command(size_t i, const std::string &typed)
+{
+    // The user's synonyms come first, as on the command line: each command
+    // the synonym stands for runs on the entry in turn, the text typed after
+    // the name going to the last, and the first failure stops the rest.
+    std::vector<std::string> cmds;
+    if (!synonym_on || !synonym_expand(xftrim(typed), cmds))
+        return one_command(i, typed);
+    const unsigned gen = fl_generation;
+    const size_t depth = fl_levels.size();
+    for (const std::string &c : cmds) {
+        if (one_command(i, c) != 0)
+            return 1;
+        // A level started or ended meanwhile: the entry may be gone.
+        if (fl_generation != gen || fl_levels.size() != depth)
+            break;
+    }
+    return 0;
 }
 
 int fl_open_entry(size_t i)

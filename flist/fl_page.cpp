@@ -99,7 +99,7 @@ void put_keys(int cols)
 }
 
 // The widths of the columns for the entries of one screen.
-void measure(fl_layout &L, const std::vector<parts> &shown)
+void measure(fl_layout &L, const std::vector<parts> &shown, int display)
 {
     size_t stem = 2, ext = 2, size = 1;
     for (const parts &p : shown) {
@@ -109,10 +109,14 @@ void measure(fl_layout &L, const std::vector<parts> &shown)
     }
     L.attrw = fl_attrs ? 8 : 1;
     L.sizew = int(size);
-    L.timew = L.sizew + 1 + 15;
     L.stemw = int(stem);
     L.extw = int(ext);
     L.namew = L.stemw + L.extw + 5;
+    L.timew = L.sizew + 1 + 15;
+    // A file's first lines say more the more of them is seen: they take
+    // half of what the name leaves, the command field the other half.
+    if (display != 0)
+        L.timew = std::max(L.timew, (L.cols - L.attrw - L.namew) / 2);
     int room = L.cols - (L.attrw + L.namew + L.timew);
     L.cmdw = std::max(10, room);
     int excess = L.attrw + L.namew + L.cmdw + L.timew - L.cols;
@@ -162,6 +166,22 @@ std::string attr_text(const fl_list &l, size_t i)
     if (!fl_is_parent(l, i) && lstat(l.name[i].c_str(), &lb) == 0 && S_ISLNK(lb.st_mode))
         a[5] = 'L';
     return a;
+}
+
+// What the right column shows of a file's first lines: the first line in
+// display mode 1, in mode 2 those that are not blank run together.
+std::string first_text(fl_level &lv, size_t i, int display)
+{
+    const std::vector<std::string> &lines = fl_first_lines(lv.list, i);
+    if (lines.empty())
+        return std::string();
+    if (display == 1)
+        return lines.front();
+    std::string all;
+    for (const std::string &t : lines)
+        if (t.find_first_not_of(' ') != std::string::npos)
+            all += (all.empty() ? "" : " | ") + t.substr(t.find_first_not_of(' '));
+    return all;
 }
 
 } // namespace
@@ -221,7 +241,7 @@ int fl_page(fl_level &lv)
     std::vector<parts> shown;
     for (int k = 0; k < rows && lv.top + k < n; k++)
         shown.push_back(parts_of(l, size_t(l.order[size_t(lv.top + k)])));
-    measure(L, shown);
+    measure(L, shown, lv.display);
 
     std::vector<fieldrow> defs;
     defs.push_back(field(1, 1, 1, 1, L.cols, T_PROTECTED, C_ID, 0));
@@ -286,8 +306,11 @@ int fl_page(fl_level &lv)
             if (!fl_removed(l.st[i]) && lv.display == 0 && l.st[i].mode != 0) {
                 const fl_status &s = l.st[i];
                 right += " " + fl_date(s.mtime ? s.mtime : s.ctime ? s.ctime : s.atime);
+            } else if (lv.display != 0) {
+                right += " " + first_text(lv, i, lv.display);
             }
-            put(300 + int(r), right);
+            bool cut = false;
+            put(300 + int(r), head(right, size_t(L.timew), cut));
         }
     }
     fl_idline(lv);

@@ -24,6 +24,7 @@ void fl_list::clear()
     st.clear();
     dir.clear();
     order.clear();
+    first.clear();
 }
 
 bool fl_list::add(std::string path, const fl_status &s, int32_t d)

@@ -4,8 +4,12 @@
 
 #include "fields/fields.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 int fl_europe = 1;
 int fl_parent = 1;
@@ -111,4 +115,59 @@ std::vector<std::string> fl_words(std::string_view text)
         out.push_back(std::move(w));
     }
     return out;
+}
+
+namespace {
+
+constexpr size_t FIRST_BYTES = 4096; // read of a file for its first lines
+constexpr size_t FIRST_LINES = 8;    // lines kept of it
+
+// The first lines of a regular file, tabs as blanks and the rest as shown.
+// Opened without waiting, so that a file that turns into a pipe meanwhile
+// cannot hold the list up.
+std::vector<std::string> read_first(const std::string &path)
+{
+    std::vector<std::string> lines;
+    int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (fd < 0)
+        return lines;
+    struct stat sb;
+    std::string buf;
+    if (fstat(fd, &sb) == 0 && S_ISREG(sb.st_mode)) {
+        buf.resize(FIRST_BYTES);
+        ssize_t n = read(fd, buf.data(), buf.size());
+        buf.resize(n > 0 ? size_t(n) : 0);
+    }
+    close(fd);
+    for (size_t at = 0; at < buf.size() && lines.size() < FIRST_LINES;) {
+        size_t nl = buf.find('\n', at);
+        std::string line = buf.substr(at, nl == std::string::npos ? std::string::npos : nl - at);
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        std::replace(line.begin(), line.end(), '\t', ' ');
+        lines.push_back(fl_shown(line));
+        at = nl == std::string::npos ? buf.size() : nl + 1;
+    }
+    return lines;
+}
+
+} // namespace
+
+const std::vector<std::string> &fl_first_lines(fl_list &l, size_t i)
+{
+    if (l.first.size() < l.count())
+        l.first.resize(l.count());
+    fl_first &f = l.first[i];
+    // Only what was a regular file when listed is opened at all: opening a
+    // device may do something to it.
+    if (fl_is_parent(l, i) || !S_ISREG(l.st[i].mode) || fl_removed(l.st[i])) {
+        f = fl_first{};
+        return f.lines;
+    }
+    if (f.path != l.name[i] || f.mtime != l.st[i].mtime) {
+        f.path = l.name[i];
+        f.mtime = l.st[i].mtime;
+        f.lines = read_first(f.path);
+    }
+    return f.lines;
 }

@@ -49,6 +49,14 @@ struct fl_status {
 
 enum { FL_ALL = 0, FL_DIRSONLY = 1, FL_FILESONLY = 2 };
 
+// The first lines of a file as read for the display modes that show them;
+// read again when the entry's path or modify time is no longer the one read.
+struct fl_first {
+    std::string path;              // the file read, "" never read
+    int64_t mtime = 0;             // its modify time then
+    std::vector<std::string> lines; // its first lines, as shown
+};
+
 // Sort codes: the key, plus FL_REVERSED.
 enum { FL_BYSIZE = 0, FL_BYTIME = 1, FL_BYTYPE = 2, FL_BYNAME = 3, FL_REVERSED = 4 };
 
@@ -59,6 +67,7 @@ struct fl_list {
     std::vector<fl_status> st;
     std::vector<int32_t> dir;       // place in fl_dirs of its directory
     std::vector<int32_t> order;     // the display order
+    std::vector<fl_first> first;    // the first lines, read when first shown
     size_t count() const { return name.size(); }
     void clear();
     // Appends an entry; false when memory for it cannot be had.
@@ -73,7 +82,8 @@ struct fl_level {
     std::string npat = "*", epat = "*"; // name and extension patterns
     int sort = FL_BYNAME;
     int64_t dirtime = 0;        // the directory's modify time at scan time
-    int display = 0;            // 0 size and date on the right
+    int display = 0;            // the right column after the size: 0 the date,
+                                // 1 the file's first line, 2 its first lines
     int top = 0;                // first displayed line, in display order
     fl_list list;
     std::string msg;            // message line text
@@ -106,6 +116,9 @@ fl_status fl_stat_of(const std::string &path);
 void fl_sort(fl_level &lv);
 // The place the entry `i` takes in the sorted display order.
 void fl_sort_insert(fl_level &lv, int32_t i);
+// The first lines of the entry `i` (none for what is no regular file),
+// read from the file once and kept.
+const std::vector<std::string> &fl_first_lines(fl_list &l, size_t i);
 // The directory's modify time, 0 when it cannot be looked at.
 int64_t fl_dirtime(const std::string &dir);
 

@@ -12,6 +12,7 @@
 
 rx_run_state* rx_st = nullptr;
 void (*rx_poll_hook)() = nullptr;
+void (*rx_start_hook)() = nullptr;
 std::string (*rx_macro_path_hook)(std::string_view name) = nullptr;
 
 namespace {
@@ -113,6 +114,10 @@ int rx_run_prog(rx_prog& prog, const rx_src& src, const rx_arg* args, int nargs,
   } counted;
   try {
     rx_check_stack();
+    if (void (*start)() = rx_start_hook) {
+      rx_start_hook = nullptr;
+      start();
+    }
     rx_run_level(prog.block_head);
     rc = result_of(*st, result);
   } catch (const rx_exit_jump&) {

@@ -67,6 +67,11 @@ void rx_host_set(std::string_view name, std::string_view val);
 // The program file the innermost run executes, "" outside a run.
 std::string rx_source_name();
 
+// Called once as the next run starts, before its first clause: a caller
+// hands the run values of its own through rx_host_set. The run clears it,
+// so it never reaches a run it was not meant for.
+extern void (*rx_start_hook)();
+
 // The editor's event poll, called every 20 clauses; null for none.
 extern void (*rx_poll_hook)();
 // The file of the editor's macro of a name, "" when it has none.

@@ -266,3 +266,30 @@ TEST_F(FlScan, CopyTargetsAndRefusals)
 }
 
 } // namespace
+
+TEST_F(FlScan, FirstLinesAreReadOnceAndAgainWhenTheFileChanges)
+{
+    std::ofstream(dir + "/w/t.txt") << "one\r\n\ttwo\n\n";
+    make("big.dat", 10000, 1000000);
+    mkdir((dir + "/w/sub").c_str(), 0755);
+    fl_level &lv = level();
+    ASSERT_EQ(fl_scan(lv), 0);
+    size_t t = find(lv, "t.txt");
+    // Line ends go, tabs are blanks, a blank line is still a line.
+    EXPECT_EQ(fl_first_lines(lv.list, t), names({"one", " two", ""}));
+    // Only the head of a file is read, and few of its lines kept.
+    const names &big = fl_first_lines(lv.list, find(lv, "big.dat"));
+    ASSERT_EQ(big.size(), 1u);
+    EXPECT_EQ(big[0].size(), 4096u);
+    EXPECT_TRUE(fl_first_lines(lv.list, find(lv, "sub")).empty());
+    EXPECT_TRUE(fl_first_lines(lv.list, size_t(lv.list.order[0])).empty()); // the parent
+    // Kept while the status the list has is the one read at...
+    std::ofstream(dir + "/w/t.txt") << "changed\n";
+    EXPECT_EQ(fl_first_lines(lv.list, t).front(), "one");
+    // ...and read again when it is not.
+    lv.list.st[t].mtime += 1;
+    EXPECT_EQ(fl_first_lines(lv.list, t), names({"changed"}));
+    // A removed file shows no lines, whatever was read before.
+    lv.list.st[t].size = -1;
+    EXPECT_TRUE(fl_first_lines(lv.list, t).empty());
+}

@@ -167,6 +167,23 @@ TEST_F(Dispatch, SynonymsTakeOperandsInLastExpansion)
     EXPECT_EQ(cmd_rc, -1);
 }
 
+// The file list runs a synonym's commands on a line itself: what it is
+// handed must be what the command line would run.
+TEST_F(Dispatch, SynonymExpansionForOtherCallers)
+{
+    std::vector<std::string> cmds;
+    xfcmdline("synonym bak 2 cp = bak (rep");
+    ASSERT_TRUE(synonym_expand("ba", cmds));
+    EXPECT_EQ(cmds, std::vector<std::string>({"cp = bak (rep"}));
+    ASSERT_TRUE(synonym_expand("bak2 x", cmds));
+    EXPECT_EQ(cmds, std::vector<std::string>({"cp = bak (rep2 x"}));
+    EXPECT_FALSE(synonym_expand("b", cmds));
+    EXPECT_FALSE(synonym_expand("bakx", cmds));
+    xfcmdline("synonym linend ! both msg one!msg two");
+    ASSERT_TRUE(synonym_expand("both /t", cmds));
+    EXPECT_EQ(cmds, std::vector<std::string>({"msg one", "msg two /t"}));
+}
+
 TEST_F(Dispatch, QuitIsAskAndQIsQuery)
 {
     batch = true;
