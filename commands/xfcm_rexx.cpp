@@ -8,6 +8,7 @@
 #include "fields/fields.h"
 #include "session/xed.h"
 #include "session/xfpage.h"
+#include "tools/tools.h"
 
 #include <vector>
 
@@ -61,7 +62,9 @@ int run_macro(const std::string &path, std::string_view rest)
 {
     std::string command = path + std::string(rest);
     began_with_files.push_back(nbfiles() > 0);
+    tl_console_begin();
     int rc = run_rx(command, nullptr, -1, xhome);
+    tl_console_end();
     began_with_files.pop_back();
     return rc;
 }
@@ -75,6 +78,7 @@ void xfrexx_init()
     // allocation does: the changed files are kept as ".check" copies.
     rx_nomem_hook = [](size_t size) { xfnomem(size, 0); };
     xfrexx_hook = run_macro;
+    tl_console_init();
     rx_macro_path_hook = editor_macro;
 }
 

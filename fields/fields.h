@@ -330,6 +330,9 @@ constexpr int AS_TYPEDOVER = 675;
 // dialog boxes drawn as pages take their input there. Null for none.
 typedef int (*fs_readhook)();
 extern fs_readhook as_readhook;
+// Called before the page is drawn or read: whoever borrowed the terminal
+// (a macro's console) gives it back there. Null for none.
+extern void (*as_screenhook)();
 // Maps the cursor to the position the status line shows; null keeps the grid's.
 typedef void (*fs_poshook)(int *line, int *col);
 extern fs_poshook as_poshook;

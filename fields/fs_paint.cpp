@@ -208,6 +208,7 @@ void fs_drawstatus() {
 
 void asrefresh() {
   if (!fs.started || fs.cur < 0) return;
+  if (as_screenhook) as_screenhook();
   fs_pagerec &p = pg();
   if (fs.plat && fs.view) fs.plat->show(1);
   if (fs.curnum != fs.shown) fs.full = true;

@@ -8,6 +8,7 @@
 fs_evqueue gdet_ev = {nullptr, nullptr, 0, 0, 0};
 fs_pendhook as_pendhook = nullptr;
 fs_readhook as_readhook = nullptr;
+void (*as_screenhook)() = nullptr;
 int as_delkey = 127;
 int as_bskey = 8;
 int as_nbkeys[3] = {10, 12, 15};
@@ -535,6 +536,7 @@ void asread(int *code, int *value, int *modified) {
   *value = 0;
   *modified = 0;
   if (!fs.started || fs.cur < 0 || fs.gone) return;
+  if (as_screenhook) as_screenhook();
   if (as_readhook) as_readhook();
   fs_pagerec &p = pg();
   fs.readmod = 0;

@@ -30,10 +30,12 @@ int run_process(std::string cmd)
   size_t end = cmd.find_last_not_of(" \t");
   bool background = end != std::string::npos && cmd[end] == '&' && (end == 0 || cmd[end - 1] != '&');
   if (background) cmd = pl_shell_background(cmd.substr(0, end));
+  else if (rx_console.claim) rx_console.claim();
   // A halt asked while the command runs (the user, or a signal that ends
   // the editor) ends the command too: it is not waited for to the end.
   pl_child c;
   int e = pl_run_wait(pl_shell_argv(cmd), PL_KEEPIN, [] { return rx_halt_pending != 0; }, c);
+  if (!background && rx_console.release) rx_console.release();
   if (e != 0) {
     std::string msg = "Unable to create process; Error is: \"";
     msg += std::strerror(e);

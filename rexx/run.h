@@ -27,6 +27,11 @@ struct rx_io {
   // Reads one console line without its newline; false at end of input.
   // Null: standard input.
   bool (*read_line)(std::string& out) = nullptr;
+  // Called before something uses the terminal itself (a process run in the
+  // foreground, a prompt read from the terminal). Null: nothing to do.
+  void (*claim)() = nullptr;
+  // Called when that use has ended. Null: nothing to do.
+  void (*release)() = nullptr;
 };
 extern rx_io rx_console;  // the console of every run in the process
 

@@ -445,7 +445,10 @@ int tl_close_all()
 int tl_foreground(const std::string &command, bool pause, int &status)
 {
     fs_plat *layer = batch ? nullptr : fs_layer();
-    bool tty = layer && layer->console(true);
+    // A macro's console may have the terminal already: the command shares
+    // it, and the macro's end gives it back.
+    bool shared = tl_console_given();
+    bool tty = shared || (layer && layer->console(true));
     std::fflush(stdout);
     // The terminal's interrupt and quit keys are the command's while it
     // runs; the editor lets them pass.
@@ -459,20 +462,9 @@ int tl_foreground(const std::string &command, bool pause, int &status)
     sigaction(SIGINT, &oldint, nullptr);
     sigaction(SIGQUIT, &oldquit, nullptr);
     status = c.signal ? -c.signal : c.status;
-    if (tty) {
-        if (pause) {
-            std::fputs("\n[Press Enter to return to the editor]", stdout);
-            std::fflush(stdout);
-            char ch = 0;
-            for (;;) {
-                pollfd p{0, POLLIN, 0};
-                if (poll(&p, 1, -1) < 0 && errno != EINTR)
-                    break;
-                ssize_t n = read(0, &ch, 1);
-                if ((n < 0 && errno != EINTR && errno != EAGAIN) || n == 0 || ch == '\n' || ch == '\r')
-                    break;
-            }
-        }
+    if (tty && !shared) {
+        if (pause)
+            tl_console_pause();
         layer->console(false);
     }
     return e;

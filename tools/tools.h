@@ -31,6 +31,21 @@ int tl_close_all();
 // none) and waits: 0 with its exit status, or the errno value of the start.
 int tl_foreground(const std::string &command, bool pause, int &status);
 
+// ---- the macro console ----------------------------------------------------------
+
+// Routes the interpreter's console (SAY, traces, processes, console reads)
+// while the page is up: to the terminal, taken from the page on the first
+// output, or for a lone short SAY line to the message line.
+void tl_console_init();
+// Around each macro run from the editor; the outermost end gives the
+// terminal back after the user has read it.
+void tl_console_begin();
+void tl_console_end();
+// Whether a macro's output has the terminal now.
+bool tl_console_given();
+// "[Press Enter to return to the editor]" and the wait for it.
+void tl_console_pause();
+
 // ---- filters --------------------------------------------------------------------
 
 enum { TL_FILTER_OK = 0, TL_FILTER_PIPE = 63, TL_FILTER_START = 64, TL_FILTER_TIMEOUT = 65,

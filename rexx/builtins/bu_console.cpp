@@ -106,6 +106,7 @@ std::string gateway(const std::string& ifname) {
 // ASKCONS([prompt]): a line typed on the console; the wait ends on a halt.
 int bu_askcons(bu_frame& f, value& r) {
   if (int e = bu_count(f, 0, 1)) return e;
+  if (rx_console.claim) rx_console.claim();
   int fd = open("/dev/tty", O_RDWR | O_CLOEXEC);
   int in = fd >= 0 ? fd : 0, out = fd >= 0 ? fd : 2;
   std::string_view prompt = bu_text(f, 0);
@@ -114,6 +115,7 @@ int bu_askcons(bu_frame& f, value& r) {
   char c;
   while (bu_wait_fd(in, POLLIN, -1) == 1 && read(in, &c, 1) == 1 && c != '\n') line += c;
   if (fd >= 0) close(fd);
+  if (rx_console.release) rx_console.release();
   return text(r, line);
 }
 

@@ -297,6 +297,7 @@ bool console_write(int con, std::string_view text, bool newline, const char* fn)
     rx_out_say(text);
     return true;
   }
+  if (rx_console.claim) rx_console.claim();
   bool ok = fwrite(text.data(), 1, text.size(), f) == text.size();
   if (newline) ok = fputc('\n', f) != EOF && ok;
   if (!ok) {
