@@ -208,6 +208,7 @@ void qtplat::keepgrid(const std::function<void()> &change) {
 void qtplat::resized() {
   QSize s = grid_->size();
   if (s == img_.size()) return;
+  fillblank();
   QImage n(s.expandedTo(QSize(1, 1)), QImage::Format_RGB32);
   n.fill(pal_[0]);
   if (!img_.isNull()) {
@@ -339,6 +340,7 @@ void qtplat::run(int line, int col, const uint16_t *text, int count, int hilite,
     if (hilite == 3) p.fillRect(r.x(), r.bottom(), r.width(), 1, pal_[0]);
     if (hilite == 4) p.fillRect(r.x(), r.bottom(), r.width(), 1, pal_[64]);
   }
+  if (!blank_.isEmpty()) blank_ -= r;
   dirty_ += r;
 }
 
@@ -385,6 +387,7 @@ void qtplat::drawstatus(const std::string &text, bool reverse) {
   p.fillRect(r, reverse ? pal_[STATUS_COLOUR] : pal_[0]);
   p.setPen(reverse ? pal_[0] : pal_[STATUS_COLOUR]);
   drawcells(p, r.topLeft(), QString::fromLatin1(text.data(), int(text.size())));
+  if (!blank_.isEmpty()) blank_ -= QRect(0, y, img_.width(), ch_ + RULE_PX);
   dirty_ += QRect(0, y, img_.width(), ch_ + RULE_PX);
 }
 
@@ -494,8 +497,10 @@ void qtplat::palette(int entry, int red, int green, int blue) {
   pal_[entry] = QColor(red & 255, green & 255, blue & 255);
 }
 
+// A clear is followed by the runs of nearly the whole page, each with its
+// background: the cells no run covered are filled once, at the flush.
 void qtplat::clear() {
-  painter().fillRect(img_.rect(), pal_[0]);
+  blank_ = QRegion(img_.rect());
   ticks_.clear();
   rev_.assign(rev_.size(), 0);
   dirty_ = QRegion(img_.rect());
@@ -507,7 +512,15 @@ void qtplat::pointer(int shape) {
   grid_->setCursor(shapes[shape >= 1 && shape <= 3 ? shape : 1]);
 }
 
+void qtplat::fillblank() {
+  if (blank_.isEmpty()) return;
+  QPainter &p = painter();
+  for (const QRect &r : blank_) p.fillRect(r, pal_[0]);
+  blank_ = QRegion();
+}
+
 void qtplat::flush() {
+  fillblank();
   endpaint();
   if (!dirty_.isEmpty()) grid_->update(dirty_);
   dirty_ = QRegion();

@@ -125,6 +125,7 @@ class qtplat : public fs_plat {
  private:
   QPainter &painter();
   void endpaint();
+  void fillblank();
   QString cells(const uint16_t *text, int count) const;
   bool glyphs(const QString &s);  // glyphs_ for s; false when one is not in the font
   void drawcells(QPainter &p, QPoint at, const QString &s);  // one character a cell
@@ -139,6 +140,7 @@ class qtplat : public fs_plat {
   QList<QPointF> at_;              // and their places, one cell apart
   QPainter pt_;                    // open on img_ during a refresh
   bool painting_ = false;          // pt_ is open
+  QRegion blank_;                  // cleared and not painted since: filled at the flush
   QRegion dirty_;                  // what changed since the last flush: the cells and
                                    // the status line, never the box around them
   std::set<long> ticks_;           // cells with a trailing-blank mark
