@@ -358,6 +358,23 @@ struct fs_menu {
   std::vector<item> items;  // in file order
 };
 
+// A field's own menu: the button that opens it on the field, and its items.
+// A choice writes the item's command (when there is one) into the field and
+// puts the cursor on its first cell; with flag set the read then ends with 30
+// and the item's number from 1. Item i has the id first + i.
+struct fs_fieldmenu {
+  int button = 3;                     // mouse button 1, 2 or 3
+  std::vector<std::string> titles;    // what the menu shows
+  std::vector<std::string> commands;  // empty when the items carry none
+  int flag = 0;                       // non-zero: a choice ends the read
+  int first = FS_FIELDMENU_ID;        // id of the first item
+};
+// Gives field id a menu of count items (0 removes it); the result is
+// as_errno, 28 for a field that does not exist.
+int asfmenu(int id, int button, int count, const char *const *titles, const char *const *commands,
+            int flag);
+const fs_fieldmenu *fs_fieldmenuget(int id);  // null: none, or no such field
+
 // Reads a menu file with its includes ("$xhome/" stands for home). Lines in
 // error are left out, each with its message added to errors; a file that
 // cannot be read or includes itself for ever gives null and one message.

@@ -28,7 +28,7 @@ struct fs_pagerec {
   std::vector<uint16_t> text;       // per cell: character, FS_NULL for none
   double scaling[4] = {1.0, 0.0, 1.0, 0.0};  // kept for the page record's shape
   int small[3] = {0, 0, 0};         // kept for the page record's shape
-  std::vector<void *> menu;         // per field: pop-up menu handle
+  std::vector<std::shared_ptr<fs_fieldmenu>> menu;  // per field: its own menu, or null
   void *popup = nullptr;            // page's pop-up menu
   int popup_button = 0;             // button that opens it
   std::vector<int32_t> hilite;      // per cell
@@ -169,6 +169,11 @@ int fs_kbmode();                     // keyboard type given to asfkeyb
 int fs_cellk(int pos, int line, int col);  // 0-based cell of a field, -1 none
 bool fs_usable(int line, int col);   // a cell of a non-protected field
 void fs_settext(int pos, const char *text);  // write a field's text and repaint it
+// A press of a mouse button on field pos (0 none) that opens a menu, the
+// field's own or the page's pop-up: true when the layer showed one.
+bool fs_menupress(int pos, int button, bool alt, const fs_event &e, int line, int col);
+// A field menu's item chosen: a read code, or -1 to go on reading.
+int fs_fieldchoice(int itemid, int *value);
 
 // Editing operations of the read; each answers a read code or -1 to go on.
 int fs_type(int ch, const fs_event &ev, int *value);

@@ -275,8 +275,10 @@ void fs_clearall() {
   for (size_t i = 0; i < p.text.size(); i++) cellreset(p, int(i));
   p.subst.clear();
   p.subst_cell.clear();
+  // Every line is compared again, against the shadow as it stands: the
+  // editor clears and rebuilds its page on every turn, and only the cells
+  // that come out different are worth drawing.
   p.repaint = true;
-  if (fs.curnum == fs.shown) fs.full = true;
 }
 
 // ---- start -------------------------------------------------------------

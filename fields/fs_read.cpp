@@ -173,7 +173,8 @@ int press(const fs_event &e, int b) {
   int pos = p.owner[cellix(line, col)];
   const fsfield *f = pos ? &p.fld[pos - 1] : nullptr;
   bool plain = !shiftd(e) && !ctrld(e);
-  if (plain && as_menuhook && as_menuhook(f ? f->id : 0, b, line, col)) {
+  if (plain && (fs_menupress(pos, b, altd(e), e, line, col) ||
+                (as_menuhook && as_menuhook(f ? f->id : 0, b, line, col)))) {
     fs.btn_eaten = true;
     return -1;
   }
@@ -313,6 +314,7 @@ int dispatch(const fs_event &e, int ch, int *value) {
       *value = ch > 0 ? ch : 0;
       // The page's pop-up menu shares the bar's event; its ids say which.
       if (code == FSK_MENUBAR && *value >= FS_POPUP_ID && *value < FS_FIELDMENU_ID) return 31;
+      if (code == FSK_MENUBAR && *value >= FS_FIELDMENU_ID) return fs_fieldchoice(*value, value);
       return code == FSK_CLOSE ? 672 : code == FSK_MENUBAR ? 63 : code == FSK_TOOLBAR ? 64 : 40;
     case FSK_PAINT:
       return fs.askpaint ? 29 : -1;

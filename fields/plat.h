@@ -61,7 +61,10 @@ class fs_plat {
   virtual int font_known(const std::string &) { return -1; }
   // Shows the menu bar and the page's pop-up menu (null: none).
   virtual void menus(const struct fs_menu *, const struct fs_menu *) {}
-  virtual void popup(int, int) {}                          // opens the pop-up at a pixel
+  // Opens the page's pop-up menu at a pixel; false when the layer has none.
+  virtual bool popup(int, int) { return false; }
+  // Opens a field's own menu at a pixel; false when the layer has no menus.
+  virtual bool fieldmenu(const struct fs_fieldmenu &, int, int) { return false; }
   virtual int toolbar(int) { return 0; }                   // 1 on, 0 off, -1 ask; the state
   // The scroll bar: lines in all, the first one shown, how many are shown.
   virtual void scrollbar(long, long, long) {}

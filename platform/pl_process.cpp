@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -63,48 +64,53 @@ std::vector<char *> pointers(const std::vector<std::string> &words)
     return p;
 }
 
-// What the child does between fork and exec: only calls that are safe there.
-[[noreturn]] void child_side(const std::vector<char *> &argv, char *const *envp, int flags, int in[2], int out[2],
-                             int ep[2], int err[2])
-{
-    if (flags & PL_GROUP)
-        setpgid(0, 0);
-    if (flags & PL_FEED) {
-        dup2(in[0], 0);
-    } else if (!(flags & PL_KEEPIN)) {
-        int nul = open("/dev/null", O_RDONLY);
-        if (nul >= 0)
-            dup2(nul, 0);
-    }
-    if (flags & PL_CAPTURE) {
-        dup2(out[1], 1);
-        if (flags & PL_ERRPIPE) {
-            dup2(ep[1], 2);
-        } else if (flags & PL_NOERR) {
-            int nul = open("/dev/null", O_WRONLY);
-            if (nul >= 0)
-                dup2(nul, 2);
-        } else {
-            dup2(out[1], 2);
+// How the child is set up before it runs: its standard files, its group,
+// and the signals the editor changed for itself put back to the usual
+// defaults (exec resets caught signals, not ignored ones or the mask).
+// posix_spawn does this without copying the editor's page tables, which
+// for a process holding a large file costs more than the child's whole run.
+struct spawnsetup {
+    posix_spawn_file_actions_t fa;
+    posix_spawnattr_t attr;
+    spawnsetup(int flags, const int in[2], const int out[2], const int ep[2])
+    {
+        posix_spawn_file_actions_init(&fa);
+        posix_spawnattr_init(&attr);
+        if (flags & PL_FEED)
+            posix_spawn_file_actions_adddup2(&fa, in[0], 0);
+        else if (!(flags & PL_KEEPIN))
+            posix_spawn_file_actions_addopen(&fa, 0, "/dev/null", O_RDONLY, 0);
+        if (flags & PL_CAPTURE) {
+            posix_spawn_file_actions_adddup2(&fa, out[1], 1);
+            if (flags & PL_ERRPIPE)
+                posix_spawn_file_actions_adddup2(&fa, ep[1], 2);
+            else if (flags & PL_NOERR)
+                posix_spawn_file_actions_addopen(&fa, 2, "/dev/null", O_WRONLY, 0);
+            else
+                posix_spawn_file_actions_adddup2(&fa, out[1], 2);
         }
+        short aflags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
+        if (flags & PL_GROUP) {
+            aflags |= POSIX_SPAWN_SETPGROUP;
+            posix_spawnattr_setpgroup(&attr, 0);
+        }
+        sigset_t none, dfl;
+        sigemptyset(&none);
+        sigemptyset(&dfl);
+        for (int sig : {SIGPIPE, SIGINT, SIGQUIT, SIGTSTP})
+            sigaddset(&dfl, sig);
+        posix_spawnattr_setsigmask(&attr, &none);
+        posix_spawnattr_setsigdefault(&attr, &dfl);
+        posix_spawnattr_setflags(&attr, aflags);
     }
-    // Restore what the editor changed for itself: a child sees the usual
-    // defaults (exec resets caught signals, not ignored ones or the mask).
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-    signal(SIGPIPE, SIG_DFL);
-    signal(SIGINT, SIG_DFL);
-    signal(SIGQUIT, SIG_DFL);
-    signal(SIGTSTP, SIG_DFL);
-    if (envp)
-        execvpe(argv[0], argv.data(), envp);
-    else
-        execvp(argv[0], argv.data());
-    int e = errno;
-    (void)!write(err[1], &e, sizeof e);
-    _exit(127);
-}
+    ~spawnsetup()
+    {
+        posix_spawn_file_actions_destroy(&fa);
+        posix_spawnattr_destroy(&attr);
+    }
+    spawnsetup(const spawnsetup &) = delete;
+    spawnsetup &operator=(const spawnsetup &) = delete;
+};
 
 struct watch {
     int fd;                 // descriptor polled for input or its end
@@ -121,15 +127,14 @@ int pl_spawn(const std::vector<std::string> &argv, int flags, pl_child &c, const
     if (argv.empty())
         return EINVAL;
     bool errpipe = (flags & PL_CAPTURE) && (flags & PL_ERRPIPE);
-    int in[2] = {-1, -1}, out[2] = {-1, -1}, ep[2] = {-1, -1}, err[2] = {-1, -1};
+    int in[2] = {-1, -1}, out[2] = {-1, -1}, ep[2] = {-1, -1};
     auto close_all = [&] {
         close_pair(in);
         close_pair(out);
         close_pair(ep);
-        close_pair(err);
     };
     if (((flags & PL_FEED) && pipe2(in, O_CLOEXEC) != 0) || ((flags & PL_CAPTURE) && pipe2(out, O_CLOEXEC) != 0) ||
-        (errpipe && pipe2(ep, O_CLOEXEC) != 0) || pipe2(err, O_CLOEXEC) != 0) {
+        (errpipe && pipe2(ep, O_CLOEXEC) != 0)) {
         int e = errno;
         close_all();
         return e;
@@ -139,34 +144,23 @@ int pl_spawn(const std::vector<std::string> &argv, int flags, pl_child &c, const
     if (!env.empty())
         envw = child_env(env);
     std::vector<char *> evp = pointers(envw);
-    pid_t pid = fork();
-    if (pid < 0) {
-        int e = errno;
+    pid_t pid = -1;
+    int e;
+    {
+        spawnsetup setup(flags, in, out, ep);
+        e = posix_spawnp(&pid, av[0], &setup.fa, &setup.attr, av.data(), env.empty() ? environ : evp.data());
+    }
+    if (e != 0) {
         close_all();
         return e;
     }
-    if (pid == 0)
-        child_side(av, env.empty() ? nullptr : evp.data(), flags, in, out, ep, err);
-    // Set on both sides: whichever runs first, the group exists before a
-    // signal is sent to it.
+    // Set here too: whichever runs first, the group exists before a signal
+    // is sent to it.
     if (flags & PL_GROUP)
         setpgid(pid, pid);
     close_fd(in[0]);
     close_fd(out[1]);
     close_fd(ep[1]);
-    close_fd(err[1]);
-    int e = 0;
-    ssize_t n;
-    while ((n = read(err[0], &e, sizeof e)) < 0 && errno == EINTR) {
-    }
-    close_fd(err[0]);
-    if (n == (ssize_t)sizeof e) {
-        close_all();
-        int st;
-        while (waitpid(pid, &st, 0) < 0 && errno == EINTR) {
-        }
-        return e ? e : ENOEXEC;
-    }
     c.pid = pid;
     c.group = (flags & PL_GROUP) != 0;
     c.in = in[1];

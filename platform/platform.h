@@ -148,8 +148,8 @@ enum : int {
 };
 
 // Starts argv[0], searched on PATH, with the NAME=VALUE words of `env` put
-// in its environment. 0, or the errno value of the pipe, the fork or the
-// exec that failed (nothing is left running then).
+// in its environment. 0, or the errno value of the pipe or the start that
+// failed (nothing is left running then).
 int pl_spawn(const std::vector<std::string> &argv, int flags, pl_child &c,
              const std::vector<std::string> &env = {});
 // The words that run a command line through the shell.

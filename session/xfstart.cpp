@@ -10,6 +10,7 @@
 #include "session/xfpage.h"
 #include "fields/fields.h"
 #include "fields/plat.h"
+#include "fields/dialogs/dialogs.h"
 #include "fields/plat_term/plat_term.h"
 #include "fields/plat_qt/plat_qt.h"
 
@@ -408,6 +409,19 @@ int batch_failed()
     return 1;
 }
 
+// The dialog boxes' font of -dy_font; one that cannot be had leaves the
+// default in place, as a bad text font does.
+void dialogfont(const std::vector<std::string> &words)
+{
+    for (size_t i = 1; i + 1 < words.size(); i++) {
+        if (words[i] != "-dy_font" && words[i] != "/dy_font")
+            continue;
+        if (asffont_dy(words[i + 1].c_str()) != 0)
+            std::fprintf(stderr, "Unable to load font %s\n", words[i + 1].c_str());
+        return;
+    }
+}
+
 } // namespace
 
 std::string xfuser_data()
@@ -498,6 +512,7 @@ int xfmain(int argc, char **argv)
         if (fsinit((int)words.size(), av.data(), layer) < 0)
             die("vorta: can't initialize");
         fsinit2();
+        dialogfont(words);
         asfmousemode("WINDOWS"); // the left button places the cursor
         as_retreport = 1;        // RETURN splits lines: the read must hear of it
         if (!o.keys.empty() && fs_null_script(layer, o.keys.c_str(), stdout) != 0)

@@ -125,6 +125,9 @@ int dy_Ctg(int h, int n, const int rgb[6]);
 // The font of the boxes: face, or face%style%width%height. 0, 1 unknown.
 int dy_setfont(const std::string &name);
 const std::string &dy_font();
+// The same as a field manager call, with its errors: 0, or 1 with the
+// message and code set.
+int asffont_dy(const char *font);
 
 // ---- events ------------------------------------------------------------------
 //

@@ -254,3 +254,17 @@ int dy_setfont(const std::string &name) {
 }
 
 const std::string &dy_font() { return font_name; }
+
+int asffont_dy(const char *font) {
+  if (!fs.started) {
+    fs_err(1, "asffont_dy: call fsinit() first.");
+    return 1;
+  }
+  std::string name = font ? font : "";
+  if (dy_setfont(name) != 0) {
+    fs_err(1, "asffont_dy : invalid font %s", name.c_str());
+    return 1;
+  }
+  as_errno = 0;
+  return 0;
+}

@@ -28,6 +28,12 @@ bool installed(const QString &face) {
   return false;
 }
 
+bool standin(const QString &face) {
+  bool is = face.isEmpty();
+  for (const char *s : standins) is = is || face.compare(s, Qt::CaseInsensitive) == 0;
+  return is;
+}
+
 }  // namespace
 
 std::string qw_fontdefault(int sw, int sh) {
@@ -36,16 +42,19 @@ std::string qw_fontdefault(int sw, int sh) {
   return bysize[2].font;
 }
 
+bool qw_facefound(const std::string &face) {
+  QString f = QString::fromStdString(face);
+  return standin(f) || installed(f);
+}
+
 bool qw_font(const std::string &name, QFont &out) {
   qw_fontname n;
   if (!qw_fontparse(name, n)) return false;
   QString face = QString::fromStdString(n.face);
-  bool standin = face.isEmpty();
-  for (const char *s : standins) standin = standin || face.compare(s, Qt::CaseInsensitive) == 0;
   QFont f;
   if (installed(face) && !face.isEmpty()) {
     f = QFont(face);
-  } else if (standin) {
+  } else if (standin(face)) {
     f = QFontDatabase::systemFont(QFontDatabase::FixedFont);
   } else {
     return false;

@@ -26,5 +26,7 @@ uint16_t qk_mods(Qt::KeyboardModifiers m);
 // fixed-pitch face standing in for a face that is not installed; false for a
 // name that cannot be a font.
 bool qw_font(const std::string &name, QFont &out);
+// Whether a face can be had: installed, or one of the stand-in names.
+bool qw_facefound(const std::string &face);
 // The default font name for a screen of this size.
 std::string qw_fontdefault(int sw, int sh);

@@ -12,6 +12,7 @@
 #include <QElapsedTimer>
 #include <QFontMetrics>
 #include <QHBoxLayout>
+#include <QGlyphRun>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
@@ -32,6 +33,8 @@ constexpr int RULE_PX = 2;       // the rule above the status line
 constexpr int BAR_PX = 3;        // the overwrite cursor: a bar under the cell
 constexpr int INSBAR_PX = 2;     // the insert cursor: a bar at the cell's left
 constexpr int STATUS_COLOUR = 64;
+constexpr quint32 GLYPH_MISSING = 0xffffffff;  // in glyphof_: the font has no such glyph
+constexpr size_t GLYPH_CACHE = 0x250;  // Latin and its extensions: one cell wide in the face
 
 fs_qt_gonehook gonehook = nullptr;
 bool rescued = false;
@@ -56,15 +59,6 @@ void stamp(fs_event &e) {
   e.seconds = uint32_t(tv.tv_sec);
   e.microseconds = uint32_t(tv.tv_usec);
   if (!e.source) e.source = FS_SRC_NONE;
-}
-
-// A right click on the page opens its pop-up menu, when it has one.
-int popuphook(int, int button, int line, int col) {
-  if (button != 3 || !qw_layer || !fs_menuget(1)) return 0;
-  fs_metrics m;
-  qw_layer->geometry(m);
-  qw_layer->popup((col - 1) * m.cell_w, line * m.cell_h);
-  return 1;
 }
 
 void atexit_save() {
@@ -95,8 +89,8 @@ qgrid::qgrid(qtplat *owner) : owner_(owner) {
 
 void qgrid::paintEvent(QPaintEvent *e) {
   QPainter p(this);
-  p.drawImage(e->rect(), owner_->img_, e->rect());
-  owner_->overlay(p, e->rect());
+  for (const QRect &r : e->region()) p.drawImage(r, owner_->img_, r);
+  owner_->overlay(p, e->region().boundingRect());
   owner_->painted_ = true;
   qw_bench_painted();
 }
@@ -188,6 +182,8 @@ void qtplat::setfont(const QFont &f, const std::string &name) {
   qreal adv = QFontMetricsF(f).horizontalAdvance(QLatin1Char('M'));
   font_.setLetterSpacing(QFont::AbsoluteSpacing, qreal(cw_) - adv);
   ascent_ = fm.ascent() + (ch_ - fm.height()) / 2;
+  raw_ = QRawFont::fromFont(f);
+  glyphof_.assign(GLYPH_CACHE, 0);
   grid_->setMinimumSize(cw_, 2 * ch_ + RULE_PX);
   win_->setSizeIncrement(cw_, ch_);
 }
@@ -212,6 +208,7 @@ void qtplat::keepgrid(const std::function<void()> &change) {
 void qtplat::resized() {
   QSize s = grid_->size();
   if (s == img_.size()) return;
+  fillblank();
   QImage n(s.expandedTo(QSize(1, 1)), QImage::Format_RGB32);
   n.fill(pal_[0]);
   if (!img_.isNull()) {
@@ -283,6 +280,42 @@ QString qtplat::cells(const uint16_t *text, int count) const {
   return s;
 }
 
+bool qtplat::glyphs(const QString &s) {
+  if (!raw_.isValid()) return false;
+  glyphs_.resize(s.size());
+  at_.resize(s.size());
+  for (qsizetype i = 0; i < s.size(); i++) {
+    char16_t c = s[i].unicode();
+    if (c >= GLYPH_CACHE) return false;
+    quint32 &g = glyphof_[c];
+    if (!g) {
+      QList<quint32> one = raw_.glyphIndexesForString(QString(QChar(c)));
+      g = one.size() == 1 && one[0] ? one[0] : GLYPH_MISSING;
+    }
+    if (g == GLYPH_MISSING) return false;
+    glyphs_[i] = g;
+    at_[i] = QPointF(qreal(i * cw_), 0);
+  }
+  return true;
+}
+
+void qtplat::drawcells(QPainter &p, QPoint at, const QString &s) {
+  // The common case goes straight to the glyphs, placed one cell apart:
+  // laying text out (shaping, spacing) costs more than the whole refresh
+  // otherwise does. Characters the face lacks come from another face and
+  // may not be one cell wide: they are drawn one at a time.
+  if (glyphs(s)) {
+    QGlyphRun g;
+    g.setRawFont(raw_);
+    g.setGlyphIndexes(glyphs_);
+    g.setPositions(at_);
+    p.drawGlyphRun(QPointF(at.x(), at.y() + ascent_), g);
+    return;
+  }
+  for (qsizetype i = 0; i < s.size(); i++)
+    p.drawText(at.x() + int(i) * cw_, at.y() + ascent_, s.mid(i, 1));
+}
+
 void qtplat::run(int line, int col, const uint16_t *text, int count, int hilite, int colour,
                  int intensity) {
   if (line < 1 || col < 1 || count < 1 || line > lines_ || col > cols_) return;
@@ -302,27 +335,21 @@ void qtplat::run(int line, int col, const uint16_t *text, int count, int hilite,
     p.fillRect(r, bg);
     p.setPen(fg);
     QString s = cells(text, count);
-    bool plain = true;
-    for (QChar c : s) plain = plain && c.unicode() < 0x250;
-    // Characters from another face may not be one cell wide: one at a time.
-    if (plain) {
-      p.drawText(r.x(), r.y() + ascent_, s);
-      if (intensity == 2) p.drawText(r.x() + 1, r.y() + ascent_, s);
-    } else {
-      for (int i = 0; i < count; i++) p.drawText(r.x() + i * cw_, r.y() + ascent_, s.mid(i, 1));
-    }
+    drawcells(p, r.topLeft(), s);
+    if (intensity == 2) drawcells(p, r.topLeft() + QPoint(1, 0), s);
     if (hilite == 3) p.fillRect(r.x(), r.bottom(), r.width(), 1, pal_[0]);
     if (hilite == 4) p.fillRect(r.x(), r.bottom(), r.width(), 1, pal_[64]);
   }
-  dirty_ |= r;
+  if (!blank_.isEmpty()) blank_ -= r;
+  dirty_ += r;
 }
 
 void qtplat::cursor(int line, int col, int colour) {
-  dirty_ |= cellrect(curline_, curcol_);
+  dirty_ += cellrect(curline_, curcol_);
   curline_ = line;
   curcol_ = col;
   curcolour_ = colour;
-  dirty_ |= cellrect(line, col);
+  dirty_ += cellrect(line, col);
 }
 
 QRect qtplat::cellrect(int line, int col) const {
@@ -334,7 +361,7 @@ void qtplat::tick(int line, int col, int on) {
   long k = long(line) << 16 | col;
   if (on) ticks_.insert(k);
   else ticks_.erase(k);
-  dirty_ |= cellrect(line, col);
+  dirty_ += cellrect(line, col);
 }
 
 // What is drawn over the image: the trailing-blank marks and the cursor.
@@ -359,8 +386,9 @@ void qtplat::drawstatus(const std::string &text, bool reverse) {
   p.fillRect(0, y, img_.width(), RULE_PX, pal_[STATUS_COLOUR]);
   p.fillRect(r, reverse ? pal_[STATUS_COLOUR] : pal_[0]);
   p.setPen(reverse ? pal_[0] : pal_[STATUS_COLOUR]);
-  p.drawText(0, r.y() + ascent_, QString::fromLatin1(text.data(), int(text.size())));
-  dirty_ |= QRect(0, y, img_.width(), ch_ + RULE_PX);
+  drawcells(p, r.topLeft(), QString::fromLatin1(text.data(), int(text.size())));
+  if (!blank_.isEmpty()) blank_ -= QRect(0, y, img_.width(), ch_ + RULE_PX);
+  dirty_ += QRect(0, y, img_.width(), ch_ + RULE_PX);
 }
 
 void qtplat::status(const std::string &text) { drawstatus(text, false); }
@@ -469,11 +497,13 @@ void qtplat::palette(int entry, int red, int green, int blue) {
   pal_[entry] = QColor(red & 255, green & 255, blue & 255);
 }
 
+// A clear is followed by the runs of nearly the whole page, each with its
+// background: the cells no run covered are filled once, at the flush.
 void qtplat::clear() {
-  painter().fillRect(img_.rect(), pal_[0]);
+  blank_ = QRegion(img_.rect());
   ticks_.clear();
   rev_.assign(rev_.size(), 0);
-  dirty_ = img_.rect();
+  dirty_ = QRegion(img_.rect());
 }
 
 void qtplat::pointer(int shape) {
@@ -482,10 +512,18 @@ void qtplat::pointer(int shape) {
   grid_->setCursor(shapes[shape >= 1 && shape <= 3 ? shape : 1]);
 }
 
+void qtplat::fillblank() {
+  if (blank_.isEmpty()) return;
+  QPainter &p = painter();
+  for (const QRect &r : blank_) p.fillRect(r, pal_[0]);
+  blank_ = QRegion();
+}
+
 void qtplat::flush() {
+  fillblank();
   endpaint();
-  if (!dirty_.isNull()) grid_->update(dirty_);
-  dirty_ = QRect();
+  if (!dirty_.isEmpty()) grid_->update(dirty_);
+  dirty_ = QRegion();
 }
 
 int qtplat::font(const std::string &name) {
@@ -497,6 +535,8 @@ int qtplat::font(const std::string &name) {
   mark(FS_MARK_RESIZE);
   return 0;
 }
+
+int qtplat::font_known(const std::string &face) { return qw_facefound(face) ? 1 : 0; }
 
 bool qtplat::ask(const std::string &question, int kind) {
   if (!askbox_) {
@@ -586,6 +626,8 @@ opts readopts(int argc, char **argv) {
       o.left = atoi(argv[++i]);
       o.top = atoi(argv[++i]);
     } else if (is(a, "iconic", "iconic")) o.iconic = true;
+    // -icon_position is not looked at: where a minimised window shows is the
+    // window manager's choice, and the toolkit has no call to ask for a place.
     else if (is(a, "noauto", "noauto")) o.noauto = true;
   }
   return o;
@@ -665,6 +707,5 @@ fs_plat *fs_plat_qt(int argc, char **argv, fs_qt_gonehook ongone, std::string &e
   qw_layer = l;
   atexit(atexit_save);
   qw_bench_start();
-  as_menuhook = popuphook;
   return l;
 }

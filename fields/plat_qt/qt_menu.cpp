@@ -1,7 +1,9 @@
 // Menus, tool bar and scroll bar of the window. The menus are built from the
 // trees the field manager keeps; a choice only posts its id. The tool bar's
-// eighteen buttons are fixed; their pictures are drawn here, small and plain.
+// eighteen buttons are fixed; their pictures are files shipped with the
+// program, and drawn here when a file is missing.
 #include "fields/plat_qt/qt_window.h"
+#include "platform/platform.h"
 #include <QAction>
 #include <QLayout>
 #include <QPixmap>
@@ -9,44 +11,64 @@
 #include <QGuiApplication>
 #include <algorithm>
 #include <cstdint>
+#include <unistd.h>
 
 namespace {
 
 struct button {
   const char *tip;     // the tooltip, in position order
-  const char *symbol;  // what the picture shows
+  const char *file;    // its picture among the shipped ones
+  const char *symbol;  // what the picture drawn in its place shows
   QRgb colour;         // in this colour
 };
 constexpr button buttons[] = {
-    {"Quit", "\u2715", 0xc00000},      {"New", "\u2795", 0x006000},
-    {"Open", "\u21e7", 0x806000},      {"Save", "\u2193", 0x000080},
-    {"File", "\u21d3", 0x000080},      {"Cut to Clipboard", "\u2702", 0x404040},
-    {"Copy to Clipboard", "\u2398", 0x404040},
-    {"Paste from Clipboard", "\u2399", 0x404040},
-    {"Overlay from Clipboard", "\u25a3", 0x404040},
-    {"Upper Selection", "A", 0x000000}, {"Lower Selection", "a", 0x000000},
-    {"Left Shift from Selection", "\u21e4", 0x004080},
-    {"Right Shift from Selection", "\u21e5", 0x004080},
-    {"Print", "\u2399", 0x202020},     {"Undo", "\u21b6", 0x600060},
-    {"Redo", "\u21b7", 0x600060},      {"Find", "\u2192", 0x006060},
-    {"Find UP", "\u2191", 0x006060},
+    {"Quit", "quit", "\u2715", 0xc00000},      {"New", "new", "\u2795", 0x006000},
+    {"Open", "open", "\u21e7", 0x806000},      {"Save", "save", "\u2193", 0x000080},
+    {"File", "file", "\u21d3", 0x000080},      {"Cut to Clipboard", "cut", "\u2702", 0x404040},
+    {"Copy to Clipboard", "copy", "\u2398", 0x404040},
+    {"Paste from Clipboard", "paste", "\u2399", 0x404040},
+    {"Overlay from Clipboard", "overlay", "\u25a3", 0x404040},
+    {"Upper Selection", "upper", "A", 0x000000}, {"Lower Selection", "lower", "a", 0x000000},
+    {"Left Shift from Selection", "lshift", "\u21e4", 0x004080},
+    {"Right Shift from Selection", "rshift", "\u21e5", 0x004080},
+    {"Print", "print", "\u2399", 0x202020},     {"Undo", "undo", "\u21b6", 0x600060},
+    {"Redo", "redo", "\u21b7", 0x600060},      {"Find", "find", "\u2192", 0x006060},
+    {"Find UP", "findup", "\u2191", 0x006060},
 };
 static_assert(sizeof buttons / sizeof buttons[0] == 18, "eighteen tool bar buttons");
+constexpr int NBUTTONS = int(sizeof buttons / sizeof buttons[0]);
 
-// Large screens get the double size.
-QPixmap picture(const button &b, bool large) {
-  int w = large ? 32 : 16, h = large ? 30 : 15;
-  QPixmap pm(w, h);
+// A picture drawn from a symbol of the font, for a button whose file is
+// missing or unreadable.
+QPixmap drawn(const button &b, QSize size) {
+  QPixmap pm(size);
   pm.fill(Qt::transparent);
   QPainter p(&pm);
   p.setRenderHint(QPainter::Antialiasing);
   QFont f = p.font();
-  f.setPixelSize(h - 2);
+  f.setPixelSize(size.height() - 2);
   f.setBold(true);
   p.setFont(f);
   p.setPen(QColor::fromRgb(b.colour));
-  p.drawText(QRect(0, 0, w, h), Qt::AlignCenter, QString::fromUtf8(b.symbol));
+  p.drawText(QRect(QPoint(0, 0), size), Qt::AlignCenter, QString::fromUtf8(b.symbol));
   return pm;
+}
+
+// The shipped picture, grown in whole pixels for large screens so that it
+// stays sharp.
+QPixmap picture(const button &b, QSize size, const std::string &dir) {
+  QImage img(QString::fromStdString(dir + b.file + ".png"));
+  if (img.isNull()) return drawn(b, size);
+  if (img.size() != size) img = img.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+  return QPixmap::fromImage(img);
+}
+
+// Beside the program as built, then as installed.
+std::string shippedicons() {
+  std::string exe = pl_exedir();
+  for (const char *rel : {"share/vorta/icons/", "../share/vorta/icons/"})
+    if (access((exe + rel).c_str(), R_OK) == 0) return exe + rel;
+  return "";
 }
 
 }  // namespace
@@ -94,9 +116,33 @@ void qtplat::menus(const fs_menu *bar, const fs_menu *pop) {
   popup_ = pop ? buildmenu(*pop, win_) : nullptr;
 }
 
-void qtplat::popup(int x, int y) {
+bool qtplat::popup(int x, int y) {
   // Never exec(): the menu runs in the read's own wait.
   if (popup_) popup_->popup(grid_->mapToGlobal(QPoint(x, y)));
+  return popup_ != nullptr;
+}
+
+bool qtplat::fieldmenu(const fs_fieldmenu &m, int x, int y) {
+  // Built anew each time: a field's menu is a few items, and may have been
+  // redefined since it was last shown.
+  if (fieldmenu_) fieldmenu_->deleteLater();
+  fieldmenu_ = new QMenu(win_);
+  for (size_t i = 0; i < m.titles.size(); i++) {
+    int id = m.first + int(i);
+    QObject::connect(fieldmenu_->addAction(QString::fromUtf8(m.titles[i].c_str())), &QAction::triggered,
+                     [id] { qw_post(FSK_MENUBAR, id, 0, 0, 0, false); });
+  }
+  fieldmenu_->popup(grid_->mapToGlobal(QPoint(x, y)));
+  return true;
+}
+
+void qtplat::toolicons() {
+  if (!tb_) return;
+  if (icondir_.empty()) icondir_ = shippedicons();
+  QSize size = tb_->iconSize();
+  QList<QAction *> acts = tb_->actions();
+  for (int i = 0; i < NBUTTONS && i < int(acts.size()); i++)
+    acts[i]->setIcon(QIcon(picture(buttons[i], size, icondir_)));
 }
 
 int qtplat::toolbar(int on) {
@@ -109,11 +155,12 @@ int qtplat::toolbar(int on) {
     tb_->setFloatable(false);
     tb_->setIconSize(large ? QSize(32, 30) : QSize(16, 15));
     tb_->setVisible(false);
-    for (int i = 0; i < int(sizeof buttons / sizeof buttons[0]); i++) {
-      QAction *a = tb_->addAction(QIcon(picture(buttons[i], large)), buttons[i].tip);
+    for (int i = 0; i < NBUTTONS; i++) {
+      QAction *a = tb_->addAction(buttons[i].tip);
       a->setToolTip(buttons[i].tip);
       QObject::connect(a, &QAction::triggered, [i] { qw_post(FSK_TOOLBAR, i, 0, 0, 0, false); });
     }
+    toolicons();
     keepgrid([&] {
       win_->addToolBar(Qt::TopToolBarArea, tb_);
       tb_->setVisible(true);

@@ -8,6 +8,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPainter>
+#include <QRawFont>
+#include <QRegion>
 #include <QScrollBar>
 #include <QToolBar>
 #include <QWidget>
@@ -78,8 +80,10 @@ class qtplat : public fs_plat {
   void pointer(int shape) override;
   void flush() override;
   int font(const std::string &name) override;
+  int font_known(const std::string &face) override;
   void menus(const fs_menu *bar, const fs_menu *popup) override;
-  void popup(int x, int y) override;
+  bool popup(int x, int y) override;
+  bool fieldmenu(const fs_fieldmenu &m, int x, int y) override;
   int toolbar(int on) override;
   void scrollbar(long items, long first, long visible) override;
   bool ask(const std::string &question, int kind) override;
@@ -93,6 +97,7 @@ class qtplat : public fs_plat {
   void remember();                            // writes the window memory
   void key(const QKeyEvent &e, bool release);
   void overlay(QPainter &p, const QRect &area);
+  void toolicons();                           // the tool bar's pictures, from icondir_
   int lost();                                 // the display or the process is ending
   void mark(int what);                        // sets a mark (0: none) and ends the wait
 
@@ -101,6 +106,7 @@ class qtplat : public fs_plat {
   QScrollBar *sb_ = nullptr;       // the vertical scroll bar
   QToolBar *tb_ = nullptr;         // the tool bar, made on first use
   QMenu *popup_ = nullptr;         // the page's pop-up menu
+  QMenu *fieldmenu_ = nullptr;     // the field menu shown last
   QImage img_;                     // what the grid shows
   QColor pal_[65];                 // the palette
   QFont font_;                     // the text font
@@ -114,19 +120,29 @@ class qtplat : public fs_plat {
   bool ending_ = false;            // the window may close now
   bool painted_ = false;           // a paint reached the screen (benchmarks)
   qw_memory mem_;                  // the window's place, to be remembered
+  std::string icondir_;            // the tool bar's pictures; "" beside the program
 
  private:
   QPainter &painter();
   void endpaint();
+  void fillblank();
   QString cells(const uint16_t *text, int count) const;
+  bool glyphs(const QString &s);  // glyphs_ for s; false when one is not in the font
+  void drawcells(QPainter &p, QPoint at, const QString &s);  // one character a cell
   QRect cellrect(int line, int col) const;
   void drawstatus(const std::string &text, bool reverse);
   void keepgrid(const std::function<void()> &change);
   QMenu *buildmenu(const fs_menu &m, QWidget *parent);
 
+  QRawFont raw_;                   // the text font, for runs that need no shaping
+  std::vector<quint32> glyphof_;   // glyph of each character below 0x250, 0 not known
+  QList<quint32> glyphs_;          // the glyphs of the run being drawn
+  QList<QPointF> at_;              // and their places, one cell apart
   QPainter pt_;                    // open on img_ during a refresh
   bool painting_ = false;          // pt_ is open
-  QRect dirty_;                    // what changed since the last flush
+  QRegion blank_;                  // cleared and not painted since: filled at the flush
+  QRegion dirty_;                  // what changed since the last flush: the cells and
+                                   // the status line, never the box around them
   std::set<long> ticks_;           // cells with a trailing-blank mark
   std::vector<uint8_t> rev_;       // reversed cells, for the cursor's colour
   int curline_ = 0, curcol_ = 0, curcolour_ = 64;  // the cursor

@@ -70,6 +70,38 @@ TEST(Process, StatusErrorOutputAndSignal)
     EXPECT_EQ(c.status, 127);
 }
 
+// The mask of a "SigXxx:" line of a process's status.
+unsigned long long statusmask(const std::string &status, const std::string &name)
+{
+    size_t at = status.find(name + ":\t");
+    return at == std::string::npos ? ~0ULL : std::stoull(status.substr(at + name.size() + 2, 16), nullptr, 16);
+}
+
+TEST(Process, ChildStartsWithUsualSignalsAndItsOwnFiles)
+{
+    // What the editor changed for itself does not reach the child: signals
+    // blocked or ignored here are open and default there.
+    sigset_t block, old;
+    sigemptyset(&block);
+    sigaddset(&block, SIGUSR1);
+    sigprocmask(SIG_BLOCK, &block, &old);
+    void (*was)(int) = signal(SIGPIPE, SIG_IGN);
+    pl_child c;
+    int rc = pl_spawn(pl_shell_argv("cat /proc/$$/status; cat; echo err >&2"), PL_CAPTURE | PL_ERRPIPE, c);
+    sigprocmask(SIG_SETMASK, &old, nullptr);
+    signal(SIGPIPE, was);
+    ASSERT_EQ(rc, 0);
+    ASSERT_GE(c.err, 0);
+    std::string out = drain(c);  // cat read /dev/null: nothing added
+    EXPECT_EQ(statusmask(out, "SigBlk"), 0u);
+    EXPECT_EQ(statusmask(out, "SigIgn") & (1ULL << (SIGPIPE - 1)), 0u);
+    EXPECT_EQ(out.find("err"), std::string::npos);
+    char buf[16] = {};
+    ssize_t n = read(c.err, buf, sizeof buf - 1);
+    EXPECT_EQ(std::string(buf, n > 0 ? size_t(n) : 0), "err\n");
+    close(c.err);
+}
+
 TEST(Process, StartFailureLeavesNothing)
 {
     pl_child c;

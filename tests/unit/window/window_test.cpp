@@ -8,6 +8,8 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QPushButton>
+#include <QTimer>
+#include <QToolBar>
 #include <array>
 #include <cstdlib>
 #include <fstream>
@@ -87,6 +89,14 @@ class WindowTest : public ::testing::Test {
     do asread(&r.code, &r.value, &r.modified);
     while (r.code == 42 || r.code == 67 || r.code == 29);
     return r;
+  }
+  // A press and release of a mouse button in the middle of a cell.
+  void click(int line, int col, Qt::MouseButton b, Qt::KeyboardModifiers m = Qt::NoModifier) {
+    QPointF at((col - 0.5) * CW, (line - 0.5) * CH);
+    QMouseEvent press(QEvent::MouseButtonPress, at, at, b, b, m);
+    QMouseEvent rel(QEvent::MouseButtonRelease, at, at, b, Qt::NoButton, m);
+    QCoreApplication::sendEvent(qw_layer->grid_, &press);
+    QCoreApplication::sendEvent(qw_layer->grid_, &rel);
   }
   // Whether the cell has a pixel other than its background: a glyph.
   static bool inked(const QImage &img, int line, int col, QRgb bg) {
@@ -265,6 +275,139 @@ TEST_F(WindowTest, MenuChoiceComesBackWithItsCommand) {
   EXPECT_FALSE(qw_layer->win_->menuBar()->isVisible());
 }
 
+TEST_F(WindowTest, FieldMenuChoiceWritesItsCommandIntoTheField) {
+  ASSERT_GE(define({fld(1, 3, 1, 1, 20, 64, 0), fld(2, 5, 1, 1, 20, 64, 0)}), 0);
+  EXPECT_EQ(asfmenu(99, 3, 1, nullptr, nullptr, 0), AS_ENOTFOUND);
+  EXPECT_STREQ(as_lastmsg, "asfmenu : field 000099 does not exist");
+  const char *titles[] = {"Top", "Bottom"}, *cmds[] = {"TOP", "BOTTOM"};
+  ASSERT_EQ(asfmenu(1, 3, 2, titles, cmds, 1), 0);
+  click(3, 6, Qt::RightButton);
+  // The choice is made while the read waits, as the user would make it.
+  QTimer::singleShot(50, [] {
+    ASSERT_TRUE(qw_layer->fieldmenu_ && qw_layer->fieldmenu_->isVisible());
+    QList<QAction *> items = qw_layer->fieldmenu_->actions();
+    ASSERT_EQ(items.size(), 2);
+    EXPECT_EQ(items[0]->text(), "Top");
+    items[1]->trigger();
+  });
+  result r = read();
+  EXPECT_EQ(r.code, 30);
+  EXPECT_EQ(r.value, 2);  // items count from 1
+  char buf[8] = {};
+  ascget(1, 7, buf);
+  EXPECT_STREQ(buf, "BOTTOM ");
+  int id, line, col;
+  asqcur(1, &id, &line, &col);
+  EXPECT_EQ(id, 1);
+  EXPECT_EQ(col, 1);  // on the field's first cell
+  asqmou(0, &id, &line, &col);
+  EXPECT_EQ(line, 3);
+  EXPECT_EQ(col, 6);  // where the menu was asked for
+  // Without the flag the read goes on: Enter then hands over the command.
+  ASSERT_EQ(asfmenu(2, 3, 2, titles, cmds, 0), 0);
+  click(5, 9, Qt::RightButton);
+  QTimer::singleShot(50, [this] {
+    ASSERT_TRUE(qw_layer->fieldmenu_);
+    qw_layer->fieldmenu_->actions()[0]->trigger();
+    key(Qt::Key_Return, Qt::NoModifier, "\r");
+  });
+  r = read();
+  EXPECT_EQ(r.code, 0);
+  EXPECT_EQ(r.modified, 1);
+  ascget(2, 4, buf);
+  EXPECT_EQ(std::string(buf, 4), "TOP ");
+  // Another button, or a menu taken away, opens nothing: the press is the caller's.
+  qw_layer->fieldmenu_->hide();
+  click(5, 9, Qt::MiddleButton);
+  r = read();
+  EXPECT_EQ(r.code, 20);
+  EXPECT_EQ(r.value, 2);
+  EXPECT_FALSE(qw_layer->fieldmenu_->isVisible());
+  ASSERT_EQ(asfmenu(2, 3, 0, nullptr, nullptr, 0), 0);
+  click(5, 9, Qt::RightButton);
+  EXPECT_EQ(read().code, 20);
+  EXPECT_FALSE(qw_layer->fieldmenu_->isVisible());
+}
+
+TEST_F(WindowTest, PopUpOpensOnMarkedFieldsWhereButton3PlacesTheCursor) {
+  auto m = std::make_unique<fs_menu>();
+  m->items.emplace_back();
+  m->items[0].title = "Top";
+  m->items[0].command = "TOP";
+  fs_menuset(1, std::move(m));
+  ASSERT_TRUE(qw_layer->popup_);
+  asfmousemode("MOTIF");
+  ASSERT_GE(define({fld(1, 2, 1, 1, 20, 64, 0), fld(2, 4, 1, 1, 20, 64, 0)}), 0);
+  asfmgd(1, 1);
+  // Not marked: the button places the cursor and no menu opens.
+  click(4, 5, Qt::RightButton);
+  key(Qt::Key_Return, Qt::NoModifier, "\r");
+  EXPECT_EQ(read().code, 0);
+  EXPECT_FALSE(qw_layer->popup_->isVisible());
+  int id, line, col;
+  asqcur(0, &id, &line, &col);
+  EXPECT_EQ(line, 4);
+  EXPECT_EQ(col, 5);
+  // Marked: the same button opens the page's menu, and its choice comes back.
+  click(2, 5, Qt::RightButton);
+  QTimer::singleShot(50, [] {
+    ASSERT_TRUE(qw_layer->popup_->isVisible());
+    qw_layer->popup_->actions()[0]->trigger();
+    qw_layer->popup_->hide();
+  });
+  result r = read();
+  EXPECT_EQ(r.code, 31);
+  ASSERT_NE(fs_menucmd(r.value), nullptr);
+  EXPECT_STREQ(fs_menucmd(r.value), "TOP");
+  // Alt with the button asks for it anywhere.
+  click(4, 5, Qt::RightButton, Qt::AltModifier);
+  key(Qt::Key_Return, Qt::NoModifier, "\r");
+  read();
+  EXPECT_TRUE(qw_layer->popup_->isVisible());
+  qw_layer->popup_->hide();
+  asfmousemode("WINDOWS");
+  fs_menuset(1, nullptr);
+  drain();
+}
+
+TEST_F(WindowTest, ToolBarPicturesComeFromTheShippedFiles) {
+  ASSERT_EQ(qw_layer->toolbar(1), 1);
+  const std::string dir = XED_ICONS;
+  const char *files[] = {"quit", "new",   "open",  "save",   "file",  "cut",
+                         "copy", "paste", "overlay", "upper", "lower", "lshift",
+                         "rshift", "print", "undo", "redo",  "find",  "findup"};
+  qw_layer->icondir_ = dir;
+  qw_layer->toolicons();
+  QList<QAction *> acts = qw_layer->tb_->actions();
+  ASSERT_EQ(acts.size(), 18);
+  QSize size = qw_layer->tb_->iconSize();
+  auto shown = [&](int i) {
+    return acts[i]->icon().pixmap(size).toImage().convertToFormat(QImage::Format_ARGB32);
+  };
+  for (int i = 0; i < 18; i++) {
+    QImage want(QString::fromStdString(dir + files[i] + ".png"));
+    ASSERT_FALSE(want.isNull()) << files[i];
+    want = want.scaled(size, Qt::IgnoreAspectRatio, Qt::FastTransformation)
+               .convertToFormat(QImage::Format_ARGB32);
+    EXPECT_EQ(shown(i), want) << files[i];
+  }
+  // Files that are not there: a picture is drawn in their place.
+  QImage fromfile = shown(0);
+  qw_layer->icondir_ = "/nonexistent/";
+  qw_layer->toolicons();
+  QImage drawn = shown(0);
+  EXPECT_EQ(drawn.size(), size);
+  EXPECT_NE(drawn, fromfile);
+  bool inked = false;
+  for (int y = 0; y < drawn.height(); y++)
+    for (int x = 0; x < drawn.width(); x++) inked = inked || qAlpha(drawn.pixel(x, y)) != 0;
+  EXPECT_TRUE(inked);
+  qw_layer->icondir_.clear();
+  qw_layer->toolbar(0);
+  settle();
+  drain();
+}
+
 TEST_F(WindowTest, ToolBarButtonsAndScrollBarReachTheRead) {
   int lines, cols;
   fs_grid(&lines, &cols);
@@ -327,7 +470,7 @@ TEST_F(WindowTest, ResizeByAFractionSnapsToWholeCells) {
   drain();
 }
 
-TEST_F(WindowTest, UnknownFontIsRefusedAndTheGridKeepsItsSize) {
+TEST_F(WindowTest, UnknownFontsAreRefusedAndTheGridKeepsItsSize) {
   EXPECT_EQ(asffont("No Such Face At All%*%12%24"), 1);
   EXPECT_NE(std::string(as_lastmsg).find("Invalid font"), std::string::npos);
   fs_metrics m;
@@ -342,6 +485,14 @@ TEST_F(WindowTest, UnknownFontIsRefusedAndTheGridKeepsItsSize) {
   EXPECT_EQ(asffont("Courier New%*%10%20"), 0);  // a stand-in name
   settle();
   drain();
+  // The dialog font asks the window which faces it has.
+  std::string before = dy_font();
+  EXPECT_EQ(asffont_dy("No Such Face At All%*%8%16"), 1);
+  EXPECT_STREQ(as_lastmsg, "asffont_dy : invalid font No Such Face At All%*%8%16");
+  EXPECT_EQ(dy_font(), before);
+  EXPECT_EQ(asffont_dy("Courier New%*%8%16"), 0);
+  EXPECT_EQ(dy_font(), "Courier New%*%8%16");
+  asffont_dy(before.c_str());
 }
 
 // A dialog box in the window: the keys the toolkit gives reach its items
