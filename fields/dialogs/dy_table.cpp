@@ -75,6 +75,7 @@ void cell_size(int &w, int &h, int &cols, int &lines) {
 }  // namespace
 
 void (*dy_viewhook)(dy_box &b) = nullptr;
+int (*dy_viewread)() = nullptr;
 
 dy_item dy_text_item(int kind, double x, double y, const std::string &text) {
   dy_item it;
@@ -207,6 +208,7 @@ int dy_destroy(int h) {
     return -1;
   }
   it->second->mapped = false;
+  it->second->gone = true;
   dy_view_changed(*it->second);
   dy_forget(h);
   boxes.erase(h);

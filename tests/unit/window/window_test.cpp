@@ -2,7 +2,6 @@
 // and checked cell by cell in the grabbed image, keys and the mouse injected
 // through the toolkit and read back as the field manager's codes, the menus,
 // the close box, resizing and fonts.
-#include "fields/dialogs/dialogs.h"
 #include "fields/plat_qt/qt_window.h"
 #include <QAction>
 #include <QApplication>
@@ -341,41 +340,6 @@ TEST_F(WindowTest, UnknownFontIsRefusedAndTheGridKeepsItsSize) {
   EXPECT_EQ(m.client_h / 24 - 1, 10);
   EXPECT_EQ(asffont("Courier New%*%10%20"), 0);  // a stand-in name
   settle();
-  drain();
-}
-
-// A dialog box in the window: the keys the toolkit gives reach its items
-// and its button, and its events reach the callback.
-std::vector<std::string> *dialog_heard = nullptr;  // the callbacks run, macro and event
-
-TEST_F(WindowTest, DialogBoxTakesTheWindowsKeys) {
-  dy_item in = dy_text_item(DY_KINPUT, 1, 0, "ab");
-  in.width = 8;
-  int h = dy_make({in, dy_text_item(DY_KBUTTON, 1, 2, "OK")}, dy_opts{});
-  std::vector<std::string> heard;
-  dialog_heard = &heard;
-  dy_callhook = [](const std::string &m, const std::string &e) {
-    dialog_heard->push_back(m + e);
-    return 0;
-  };
-  dy_attach(h, "cb", "test");
-  int geo[4];
-  ASSERT_EQ(dy_map(h, geo), 0);
-  EXPECT_EQ(geo[2], (1 + 8 + 3) * CW);  // the input from column 1, a blank and the frames
-  key(Qt::Key_End, Qt::NoModifier, "");
-  key(Qt::Key_Z, Qt::NoModifier, "Z");
-  key(Qt::Key_Tab, Qt::NoModifier, "\t");
-  key(Qt::Key_Return, Qt::NoModifier, "\r");
-  ASSERT_EQ(dy_page_read(), 1);
-  std::string text;
-  ASSERT_EQ(dy_qtext(h, 1, text), 0);
-  EXPECT_EQ(text, "abZ");
-  dy_deliver();
-  EXPECT_EQ(heard, std::vector<std::string>{"cb " + std::to_string(h) + " B1"});
-  EXPECT_EQ(fs_curpage(), 0u);  // back on the page under the box
-  dy_destroy(h);
-  dy_callhook = nullptr;
-  as_readhook = nullptr;
   drain();
 }
 
