@@ -18,6 +18,7 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QSignalBlocker>
+#include <QTimer>
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -135,7 +136,8 @@ void sync_tg(qdbox &d, int i) {
   const dy_item &it = d.model->items[i];
   qd_item &v = d.items[i];
   sync_title(d, v, it, 0);
-  for (size_t t = 0; t < v.toggles.size() && t < it.lines.size(); t++) {
+  size_t n = std::min({v.toggles.size(), it.lines.size(), it.tx.size(), it.ty.size()});
+  for (size_t t = 0; t < n; t++) {
     QAbstractButton *b = v.toggles[t];
     QSignalBlocker quiet(b);
     b->setText(plain(it.lines[t]));
@@ -256,6 +258,14 @@ void place(qdbox &d) {
 
 void show_box(qdbox &d) {
   if (d.isVisible()) return;
+  if (!qw_layer->win_->isVisible()) {
+    // A box mapped before the editor's window is up (by a macro of the
+    // command line) is placed over that window once it is there.
+    QTimer::singleShot(50, &d, [&d] {
+      if (d.model && d.model->mapped) qd_sync(d);
+    });
+    return;
+  }
   const dy_box &b = *d.model;
   // The editor's window takes no input while a grab box is up.
   d.setWindowModality(b.opts.grab == DY_GRAB ? Qt::WindowModal : Qt::NonModal);
