@@ -5,7 +5,7 @@
 // questions answered while their read waits in the toolkit, and a box
 // destroyed from inside one of its own handlers.
 #include "fields/plat_qt/qt_dialog.h"
-#include "fields/plat_qt/qt_window.h"
+#include "tests/unit/window/win_start.h"
 #include <QApplication>
 #include <QPointer>
 #include <QScrollBar>
@@ -75,16 +75,8 @@ std::vector<dy_item> every_item() {
 class DialogWindowTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
     unsetenv("XED_DIALOG_PAGES");
-    static char dir[] = "/tmp/xeddlgXXXXXX";
-    if (!getenv("XED_WINTEST_DIR")) setenv("XED_WINTEST_DIR", mkdtemp(dir), 1);
-    setenv("XDG_CONFIG_HOME", getenv("XED_WINTEST_DIR"), 1);
-    if (qw_layer) return;
-    const char *args[] = {"xed", "-font", "%*%10%20", "-Ww", "40", "-Wh", "10", "-noauto", nullptr};
-    std::string err;
-    fs_plat_qt(8, const_cast<char **>(args), nullptr, err);
-    ASSERT_NE(qw_layer, nullptr) << err;
+    win_start();
   }
   void SetUp() override {
     ASSERT_NE(qw_layer, nullptr);

@@ -2,7 +2,7 @@
 // and checked cell by cell in the grabbed image, keys and the mouse injected
 // through the toolkit and read back as the field manager's codes, the menus,
 // the close box, resizing and fonts.
-#include "fields/plat_qt/qt_window.h"
+#include "tests/unit/window/win_start.h"
 #include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
@@ -25,15 +25,7 @@ row fld(int id, int y, int x, int h, int w, int colour, int hilite, int type = 0
 class WindowTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    static char dir[] = "/tmp/xedwinXXXXXX";
-    if (!getenv("XED_WINTEST_DIR")) setenv("XED_WINTEST_DIR", mkdtemp(dir), 1);
-    setenv("XDG_CONFIG_HOME", getenv("XED_WINTEST_DIR"), 1);
-    if (qw_layer) return;
-    const char *args[] = {"xed", "-font", "%*%10%20", "-Ww", "40", "-Wh", "10", "-noauto", nullptr};
-    std::string err;
-    fs_plat_qt(8, const_cast<char **>(args), nullptr, err);
-    ASSERT_NE(qw_layer, nullptr) << err;
+    win_start();
   }
   void SetUp() override {
     ASSERT_NE(qw_layer, nullptr);
