@@ -6,7 +6,10 @@
 // destroyed from inside one of its own handlers.
 #include "fields/plat_qt/qt_dialog.h"
 #include "tests/unit/window/win_start.h"
+#include <QAction>
 #include <QApplication>
+#include <QClipboard>
+#include <QMenu>
 #include <QPointer>
 #include <QScrollBar>
 #include <QCheckBox>
@@ -235,8 +238,11 @@ TEST_F(DialogWindowTest, WhatTheUserDoesReachesTheGettersAndTheCallback) {
   QTest::mouseClick(toggle(STYLE, 1), Qt::LeftButton);
   QTest::mouseClick(toggle(ALIGN, 1), Qt::LeftButton);
   QTest::mouseClick(toggle(ALIGN, 1), Qt::LeftButton);
-  QTest::mouseClick(toggle(ALIGN, 0), Qt::LeftButton);
   std::vector<int> on;
+  ASSERT_EQ(dy_qtg(h, 2, on), 0);
+  EXPECT_EQ(on, (std::vector<int>{0, 1}));
+  EXPECT_TRUE(toggle(ALIGN, 1)->isChecked());
+  QTest::mouseClick(toggle(ALIGN, 0), Qt::LeftButton);
   ASSERT_EQ(dy_qtg(h, 1, on), 0);
   EXPECT_EQ(on, (std::vector<int>{0, 1}));
   ASSERT_EQ(dy_qtg(h, 2, on), 0);
@@ -321,6 +327,25 @@ TEST_F(DialogWindowTest, SettersChangeTheLiveControls) {
   EXPECT_EQ(lines, std::vector<int>{2});
 }
 
+TEST_F(DialogWindowTest, ListPopUpCopiesALineOrAll) {
+  show();
+  QListWidget *fruit = at<QListWidget>(FRUIT);
+  auto copy = [&](int row, const char *which) {
+    QPoint at = fruit->visualItemRect(fruit->item(row)).center();
+    emit fruit->customContextMenuRequested(at);
+    QMenu *menu = box->findChildren<QMenu *>().value(0);
+    ASSERT_NE(menu, nullptr);
+    for (QAction *a : menu->actions())
+      if (a->text() == which) a->trigger();
+    menu->close();
+    settle();
+  };
+  copy(1, "Copy item");
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), "apple");
+  copy(0, "Copy all");
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), "pear\napple\nfig\nplum\nkiwi");
+}
+
 // The click of a test, on the newest box, once the read is waiting.
 void later(const std::function<void(qdbox *)> &act) {
   QTimer::singleShot(50, [act] {
@@ -358,6 +383,9 @@ TEST_F(DialogWindowTest, DestroyedFromItsOwnHandlerTheBoxGoesSafely) {
   QTest::mouseClick(ok, Qt::LeftButton);
   EXPECT_EQ(qd_box(h), nullptr);
   EXPECT_EQ(take(), std::vector<std::string>{});  // its events went with it
+  // Off the screen at once, freed only once the toolkit is back in its loop.
+  ASSERT_FALSE(window.isNull());
+  EXPECT_FALSE(window->isVisible());
   settle();
   EXPECT_TRUE(window.isNull());
   EXPECT_EQ(dy_qmap(h), -1);
