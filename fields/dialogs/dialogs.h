@@ -64,7 +64,8 @@ struct dy_box {
   int handle = 0;               // from 1, never reused in a run
   bool mapped = false;          // shown
   bool placed = false;          // the layer told us where it is
-  int px = 0, py = 0;           // position in pixels, when placed
+  int px = 0, py = 0;           // position in pixels from the page's corner, when placed
+  int pw = 0, ph = 0;           // size in pixels, as last mapped
   int cols = 0, lines = 0;      // size in characters of the dialog font
   dy_opts opts;                 // as made
   std::vector<dy_item> items;   // the description, kept for queries

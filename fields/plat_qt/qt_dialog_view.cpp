@@ -266,7 +266,7 @@ void show_box(qdbox &d) {
     });
     return;
   }
-  const dy_box &b = *d.model;
+  dy_box &b = *d.model;
   // The editor's window takes no input while a grab box is up.
   d.setWindowModality(b.opts.grab == DY_GRAB ? Qt::WindowModal : Qt::NonModal);
   d.setAttribute(Qt::WA_ShowWithoutActivating, b.opts.grab == DY_DISPLAY);
@@ -275,6 +275,14 @@ void show_box(qdbox &d) {
   d.raise();
   if (b.opts.grab != DY_DISPLAY) d.activateWindow();
   d.focus_shown = -2;
+  // What the map tells: the window's frame, from the corner of the page.
+  QRect frame = d.frameGeometry();
+  QPoint corner = frame.topLeft() - qw_layer->grid_->mapToGlobal(QPoint(0, 0));
+  b.placed = true;
+  b.px = corner.x();
+  b.py = corner.y();
+  b.pw = frame.width();
+  b.ph = frame.height();
 }
 
 qdbox *make_box(dy_box &b) {
