@@ -373,12 +373,12 @@ TEST_F(DialogWindowTest, ModalQuestionsWaitInTheToolkit) {
   EXPECT_EQ(asf_alert(2, {"Only Continue"}), 0);  // closed: no Cancel to press
   later([](qdbox *d) {
     auto *in = static_cast<QLineEdit *>(d->items[1].main);
-    QTest::keyClicks(in, "/tmp");
+    QTest::keyClicks(in, "/notes");
     static_cast<QPushButton *>(d->items[2].main)->click();
   });
-  std::string text = "/home";
+  std::string text = "docs";
   EXPECT_EQ(dy_ask("Select a Folder", "Folder:", text), 1);
-  EXPECT_EQ(text, "/home/tmp");
+  EXPECT_EQ(text, "docs/notes");
   settle();
   for (int h = 1; h < 1000; h++) EXPECT_EQ(qd_box(h), nullptr);  // all gone again
 }
