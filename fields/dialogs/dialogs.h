@@ -64,7 +64,8 @@ struct dy_box {
   int handle = 0;               // from 1, never reused in a run
   bool mapped = false;          // shown
   bool placed = false;          // the layer told us where it is
-  int px = 0, py = 0;           // position in pixels, when placed
+  int px = 0, py = 0;           // position in pixels from the page's corner, when placed
+  int pw = 0, ph = 0;           // size in pixels, as last mapped
   int cols = 0, lines = 0;      // size in characters of the dialog font
   dy_opts opts;                 // as made
   std::vector<dy_item> items;   // the description, kept for queries
@@ -72,7 +73,11 @@ struct dy_box {
   void *view = nullptr;         // the layer's own record of the box, or null
   bool waited = false;          // someone waits for a button: it unmaps the box
   int answer = 0;               // the button pressed last, from 1
+  bool gone = false;            // being destroyed: the view lets go of its record
 };
+
+// Columns of a multi-line input (one made with width 0).
+constexpr int DY_MULTI_COLS = 16;
 
 // An item of a kind at a place with its text, the rest as by default.
 dy_item dy_text_item(int kind, double x, double y, const std::string &text);
@@ -91,6 +96,9 @@ int dy_qmap(int h);             // 1 mapped, 0 not, -1 bad handle
 // change to a box (mapped, unmapped, a value, gone). Null: the boxes are
 // drawn as field pages.
 extern void (*dy_viewhook)(dy_box &b);
+// The read of such a layer while a box is asked modally: one wait for what
+// the user does; 0 when nothing can come any more.
+extern int (*dy_viewread)();
 dy_box *dy_get(const char *call, int h);  // the box, or null with the message
 void dy_destroy_all();                    // the editor ends
 
@@ -151,6 +159,9 @@ void dy_listclick(int h, int n, int line, long long ms);
 // A key in the box: 'E' Enter, 'F' function key n, 'L' and 'R' left and
 // right bank key n, '^' Ctrl with the character n, 'f' the box got the focus.
 void dy_key(int h, char what, int n);
+// Escape, or the box's close button: its "Cancel" button when it has one,
+// else the box leaves the screen.
+void dy_escape(dy_box &b);
 int dy_pending();              // events waiting for their callback
 // Runs the pending callbacks in order; gives how many ran.
 int dy_deliver();

@@ -36,7 +36,7 @@ int dy_run_modal(std::vector<dy_item> &items, const std::string &title) {
   dy_map(h, geo);
   dy_box *box;
   while ((box = dy_find(h)) && box->mapped && !fs.gone)
-    if (!dy_page_read()) break;
+    if (!(dy_viewread ? dy_viewread() : dy_page_read())) break;
   if (!box) return 0;
   int answer = box->mapped ? 0 : box->answer;
   items = box->items;

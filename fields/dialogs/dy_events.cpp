@@ -100,6 +100,19 @@ void dy_key(int h, char what, int n) {
     if (k.what == what) dy_event(h, fmt(k.fmt, h, n));
 }
 
+void dy_escape(dy_box &b) {
+  int n = 0;
+  for (const dy_item &it : b.items) {
+    if (it.kind != DY_KBUTTON) continue;
+    n++;
+    if (it.text == "Cancel") {
+      dy_button(b.handle, n);
+      return;
+    }
+  }
+  b.mapped = false;
+}
+
 int dy_pending() { return int(queue.size()); }
 
 int dy_deliver() {
@@ -129,7 +142,8 @@ int dy_dispatch() {
   fs_plat *p = fs_layer();
   if (!dy_noscreen && p && fs.started) {
     p->peek();
-    if (fs_evpending() && dy_page_top()) dy_page_read();
+    // Boxes with controls of their own took their input in the peek.
+    if (!dy_viewhook && fs_evpending() && dy_page_top()) dy_page_read();
   }
   return dy_deliver();
 }

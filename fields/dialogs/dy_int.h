@@ -10,8 +10,6 @@ void dy_place(dy_box &b, int &col, int &line, int &cols, int &lines);
 void dy_view_changed(dy_box &b);
 // The box goes: its callback and its pending events with it.
 void dy_forget(int h);
-// Columns of a multi-line input (one made with width 0).
-constexpr int DY_MULTI_COLS = 16;
 
 // The pieces of s between the separators.
 std::vector<std::string> dy_split(const std::string &s, char sep);

@@ -266,19 +266,6 @@ void act(dy_box &b, const stop &s, int row) {
   }
 }
 
-void escape(dy_box &b) {
-  int n = 0;
-  for (const dy_item &it : b.items) {
-    if (it.kind != DY_KBUTTON) continue;
-    n++;
-    if (it.text == "Cancel") {
-      dy_button(b.handle, n);
-      return;
-    }
-  }
-  b.mapped = false;
-}
-
 // Typing and editing keys in an input line; false when the key is not one.
 bool edit(dy_item &it, int code, int ch) {
   std::string &t = it.text;
@@ -310,7 +297,7 @@ void key(dy_box &b, int ch) {
   bool shift = as_evmods & 1, ctrl = as_evmods & 2;
   dy_item *it = st.stops.empty() ? nullptr : &b.items[st.stops[st.at].item];
   if (code == '\t') return move_focus(shift ? -1 : 1);
-  if (code == 27) return escape(b);
+  if (code == 27) return dy_escape(b);
   if (code > FSK_F0 && code <= FSK_F0 + 24) return dy_key(h, 'F', code - FSK_F0);
   if (ctrl && code < 256 && code > ' ') return dy_key(h, '^', toupper(code));
   if (it && it->kind == DY_KINPUT && edit(*it, code, ch)) return;
@@ -375,7 +362,7 @@ bool read_box(int h) {
       break;
     }
     if (code == 672) {
-      escape(*b);
+      dy_escape(*b);
     } else if (code == AS_ONEKEY) {
       key(*b, value);
     } else if (code == 38) {

@@ -75,6 +75,7 @@ void cell_size(int &w, int &h, int &cols, int &lines) {
 }  // namespace
 
 void (*dy_viewhook)(dy_box &b) = nullptr;
+int (*dy_viewread)() = nullptr;
 
 dy_item dy_text_item(int kind, double x, double y, const std::string &text) {
   dy_item it;
@@ -179,11 +180,15 @@ int dy_map(int h, int geo[4]) {
   b->placed = gc > 0;
   b->px = col * cw;
   b->py = line * ch;
+  b->pw = cols * cw;
+  b->ph = lines * ch;
+  // A window layer that shows the box as a window of its own tells where
+  // that went.
+  dy_view_changed(*b);
   geo[0] = b->placed ? b->px : 0;
   geo[1] = b->placed ? b->py : 0;
-  geo[2] = cols * cw;
-  geo[3] = lines * ch;
-  dy_view_changed(*b);
+  geo[2] = b->pw;
+  geo[3] = b->ph;
   return 0;
 }
 
@@ -207,6 +212,7 @@ int dy_destroy(int h) {
     return -1;
   }
   it->second->mapped = false;
+  it->second->gone = true;
   dy_view_changed(*it->second);
   dy_forget(h);
   boxes.erase(h);

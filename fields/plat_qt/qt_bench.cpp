@@ -5,6 +5,7 @@
 // times full repaints, writes the figures and ends the session. When
 // XED_WINDOW_SHOT names a file, the window's picture is saved there once the
 // page is shown, and the session ends.
+#include "fields/plat_qt/qt_dialog.h"
 #include "fields/plat_qt/qt_window.h"
 #include <QElapsedTimer>
 #include <QCoreApplication>
@@ -86,7 +87,7 @@ void qw_bench_start() {
     std::string path = s;
     QTimer::singleShot(1500, [path] {
       if (!qw_layer) return;
-      qw_layer->win_->grab().save(QString::fromStdString(path));
+      qd_shot().save(QString::fromStdString(path));
       qw_layer->ending_ = true;
       qw_layer->mark(FS_MARK_GONE);
     });

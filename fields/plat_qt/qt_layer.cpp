@@ -4,6 +4,7 @@
 // copies the changed rectangles of that image to the screen. Toolkit handlers
 // append events and set marks; the read waits in wait(), which runs the
 // toolkit's event loop until something arrived.
+#include "fields/plat_qt/qt_dialog.h"
 #include "fields/plat_qt/qt_window.h"
 #include "platform/platform.h"
 
@@ -707,5 +708,6 @@ fs_plat *fs_plat_qt(int argc, char **argv, fs_qt_gonehook ongone, std::string &e
   qw_layer = l;
   atexit(atexit_save);
   qw_bench_start();
+  qd_install();
   return l;
 }

@@ -2,8 +2,7 @@
 // and checked cell by cell in the grabbed image, keys and the mouse injected
 // through the toolkit and read back as the field manager's codes, the menus,
 // the close box, resizing and fonts.
-#include "fields/dialogs/dialogs.h"
-#include "fields/plat_qt/qt_window.h"
+#include "tests/unit/window/win_start.h"
 #include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
@@ -28,15 +27,7 @@ row fld(int id, int y, int x, int h, int w, int colour, int hilite, int type = 0
 class WindowTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    static char dir[] = "/tmp/xedwinXXXXXX";
-    if (!getenv("XED_WINTEST_DIR")) setenv("XED_WINTEST_DIR", mkdtemp(dir), 1);
-    setenv("XDG_CONFIG_HOME", getenv("XED_WINTEST_DIR"), 1);
-    if (qw_layer) return;
-    const char *args[] = {"xed", "-font", "%*%10%20", "-Ww", "40", "-Wh", "10", "-noauto", nullptr};
-    std::string err;
-    fs_plat_qt(8, const_cast<char **>(args), nullptr, err);
-    ASSERT_NE(qw_layer, nullptr) << err;
+    win_start();
   }
   void SetUp() override {
     ASSERT_NE(qw_layer, nullptr);
@@ -493,41 +484,6 @@ TEST_F(WindowTest, UnknownFontsAreRefusedAndTheGridKeepsItsSize) {
   EXPECT_EQ(asffont_dy("Courier New%*%8%16"), 0);
   EXPECT_EQ(dy_font(), "Courier New%*%8%16");
   asffont_dy(before.c_str());
-}
-
-// A dialog box in the window: the keys the toolkit gives reach its items
-// and its button, and its events reach the callback.
-std::vector<std::string> *dialog_heard = nullptr;  // the callbacks run, macro and event
-
-TEST_F(WindowTest, DialogBoxTakesTheWindowsKeys) {
-  dy_item in = dy_text_item(DY_KINPUT, 1, 0, "ab");
-  in.width = 8;
-  int h = dy_make({in, dy_text_item(DY_KBUTTON, 1, 2, "OK")}, dy_opts{});
-  std::vector<std::string> heard;
-  dialog_heard = &heard;
-  dy_callhook = [](const std::string &m, const std::string &e) {
-    dialog_heard->push_back(m + e);
-    return 0;
-  };
-  dy_attach(h, "cb", "test");
-  int geo[4];
-  ASSERT_EQ(dy_map(h, geo), 0);
-  EXPECT_EQ(geo[2], (1 + 8 + 3) * CW);  // the input from column 1, a blank and the frames
-  key(Qt::Key_End, Qt::NoModifier, "");
-  key(Qt::Key_Z, Qt::NoModifier, "Z");
-  key(Qt::Key_Tab, Qt::NoModifier, "\t");
-  key(Qt::Key_Return, Qt::NoModifier, "\r");
-  ASSERT_EQ(dy_page_read(), 1);
-  std::string text;
-  ASSERT_EQ(dy_qtext(h, 1, text), 0);
-  EXPECT_EQ(text, "abZ");
-  dy_deliver();
-  EXPECT_EQ(heard, std::vector<std::string>{"cb " + std::to_string(h) + " B1"});
-  EXPECT_EQ(fs_curpage(), 0u);  // back on the page under the box
-  dy_destroy(h);
-  dy_callhook = nullptr;
-  as_readhook = nullptr;
-  drain();
 }
 
 }  // namespace
