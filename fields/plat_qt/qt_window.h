@@ -78,6 +78,7 @@ class qtplat : public fs_plat {
   void pointer(int shape) override;
   void flush() override;
   int font(const std::string &name) override;
+  bool font_families(std::vector<std::string> &out) override;
   void menus(const fs_menu *bar, const fs_menu *popup) override;
   void popup(int x, int y) override;
   int toolbar(int on) override;
