@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFontDatabase>
 #include <QPushButton>
 #include <array>
 #include <cstdlib>
@@ -340,6 +341,19 @@ TEST_F(WindowTest, UnknownFontIsRefusedAndTheGridKeepsItsSize) {
   EXPECT_EQ(m.client_w / 12, 40);
   EXPECT_EQ(m.client_h / 24 - 1, 10);
   EXPECT_EQ(asffont("Courier New%*%10%20"), 0);  // a stand-in name
+  settle();
+  drain();
+}
+
+// The font box's families: fixed-pitch ones only, and each is a font the
+// window takes.
+TEST_F(WindowTest, FontBoxFamiliesAreFixedPitchAndTaken) {
+  std::vector<std::string> families;
+  ASSERT_TRUE(qw_layer->font_families(families));
+  for (const std::string &f : families)
+    EXPECT_TRUE(QFontDatabase::isFixedPitch(QString::fromStdString(f))) << f;
+  for (size_t i = 0; i < families.size() && i < 3; i++)
+    EXPECT_EQ(asffont((families[i] + "%Regular%10%20").c_str()), 0) << families[i];
   settle();
   drain();
 }
