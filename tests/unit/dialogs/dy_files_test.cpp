@@ -2,6 +2,7 @@
 // its second choice, refusing names that are not there, "//last", the save
 // mode's folder check, and the keys that end an editor's box.
 #include "fields/dialogs/dialogs.h"
+#include "fields/fs_int.h"
 #include "tests/unit/fields/fs_fixture.h"
 
 #include <cstdio>
@@ -19,8 +20,8 @@ class FileBox : public FieldsTest {
 
   void SetUp() override {
     start(24, 80);
-    char tmpl[] = "/tmp/dyfiles.XXXXXX";
-    ASSERT_NE(mkdtemp(tmpl), nullptr);
+    std::string tmpl = (fsys::temp_directory_path() / "dyfiles.XXXXXX").string();
+    ASSERT_NE(mkdtemp(tmpl.data()), nullptr);
     dir = fsys::canonical(tmpl).string();
     fsys::create_directory(dir + "/sub");
     for (const char *f : {"/a.txt", "/sub/b.txt", "/sub/c.txt"}) std::ofstream(dir + f) << "x\n";
@@ -29,6 +30,9 @@ class FileBox : public FieldsTest {
     as_readhook = nullptr;
     fsys::remove_all(dir);
     FieldsTest::TearDown();
+    // fsend keeps the layer, which the fixture has just deleted: tests of
+    // this program that run later without a screen must not reach it.
+    fs.plat = nullptr;
   }
   int ask(int mode, const std::string &from, std::string &path, const std::string &keys) {
     rec->script(keys);
