@@ -46,7 +46,7 @@ struct cmd_info {
     int min;           // characters before the first lower-case letter
 };
 
-constexpr int CMD_COUNT = 366;
+constexpr int CMD_COUNT = 367;
 constexpr int NOTIMP_COUNT = 28;
 extern const cmd_entry cmd_table[CMD_COUNT];
 extern const cmd_entry notimp_table[NOTIMP_COUNT];

@@ -50,6 +50,9 @@ int xfcm_font(const xfcmd &c);
 int xfcm_pquit(const xfcmd &c);
 int xfcm_prompt(const xfcmd &c);
 int xfcm_dy_all(const xfcmd &c); // DY_All, DY_Exclude, DY_SHow
+int xfcm_dy_find(const xfcmd &c);
+int xfcm_dy_font(const xfcmd &c);
+int xfcm_dy_open(const xfcmd &c);
 int xfcm_pwd(const xfcmd &c);
 int xfcm_qid(const xfcmd &c);
 int xfcm_qmark(const xfcmd &c);

@@ -186,6 +186,15 @@ bool xfread_file_lines(std::string name, long first, long count, std::vector<xfl
 // taken from the working folder.
 std::string xfpath_of(std::string name);
 
+// The text font FONt set last (face%style%width%height), "" none yet.
+const std::string &xffont_now();
+
+// The names PDFCOpy, CREAte and REPlace ask for in a box when none was
+// typed: 1 with the answer, 0 cancelled (cmd_rc set), -1 when no box can
+// be shown. The COPY panel asks the lines too: count -1 is to the end.
+int xfask_copy(std::string &name, long &first, long &count);
+int xfask_target(bool create, std::string &name);
+
 // What PDFCOpy, CREAte or REPlace leave for the prefix area to complete:
 // lines read from a file that wait for an A or B (F or P) destination, or a
 // file that waits for a CC or MM block (or a C or M) to be written with.

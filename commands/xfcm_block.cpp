@@ -435,8 +435,14 @@ int xfcm_pdfcopy(const xfcmd &c)
     std::string name(xfword(rest));
     std::string where = xffold(xfword(rest));
     std::string_view label = xfword(rest);
-    if (name.empty())
-        return fail(159, 5); // the panel that asks for the file is the dialogs' work
+    long first = 1, count = -1;
+    if (name.empty()) {
+        int asked = xfask_copy(name, first, count);
+        if (asked < 0)
+            return fail(159, 5);
+        if (asked == 0)
+            return 1;
+    }
     bool after = !where.empty() && abbrev(where, "after", 1);
     bool before = !where.empty() && abbrev(where, "before", 1);
     if (!xftrim(rest).empty() || (!where.empty() && !after && !before) || (where.empty() != label.empty()))
@@ -445,7 +451,7 @@ int xfcm_pdfcopy(const xfcmd &c)
     if (!label.empty() && (point = xfpoint_find(label)) < 0)
         return fail(178, 5);
     std::vector<xfline> lines;
-    if (!xfread_file_lines(name, 1, -1, lines)) {
+    if (!xfread_file_lines(name, first, count, lines)) {
         cmd_rc = 1;
         return 1;
     }
@@ -475,15 +481,21 @@ int write_to_file(const xfcmd &c, int kind)
     if (!xf)
         return 1;
     std::string_view rest = c.ops();
-    std::string_view name = xfword(rest), from = xfword(rest), to = xfword(rest);
-    if (name.empty())
-        return fail(159, 5);
+    std::string name(xfword(rest));
+    std::string_view from = xfword(rest), to = xfword(rest);
+    if (name.empty()) {
+        int asked = xfask_target(kind == PARK_CREATE, name);
+        if (asked < 0)
+            return fail(159, 5);
+        if (asked == 0)
+            return 1;
+    }
     if (!xftrim(rest).empty() || from.empty() != to.empty())
         return fail(16, 5);
     int a = from.empty() ? -1 : xfpoint_find(from), b = to.empty() ? -1 : xfpoint_find(to);
     if (!from.empty() && (a < 0 || b < 0))
         return fail(178, 5);
-    std::string path = xfpath_of(std::string(name));
+    std::string path = xfpath_of(name);
     if (kind == PARK_CREATE && !name_free(path))
         return 1;
     if (a >= 0) {

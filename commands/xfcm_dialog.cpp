@@ -38,10 +38,11 @@ struct select_row {
 constexpr select_row select_rows[] = {
     {"DY_All", "all"}, {"DY_Exclude", "exclude"}, {"DY_SHow", "show"}};
 
-// The string box: the text, "Consider Case" and "Whole Word", OK and Cancel,
-// and a line for the complaint about a string that was not right.
+// The string box: the text, "Consider Case" and "Whole Word", with up a
+// choice of direction, OK and Cancel, and a line for the complaint about a
+// string that was not right. The text is item 1, the toggles item 2.
 std::vector<dy_item> string_box(const std::string &text, bool consider, bool word,
-                                const std::string &complaint)
+                                const std::string &complaint, const int *up)
 {
     std::vector<dy_item> items;
     items.push_back(dy_text_item(DY_KLABEL, 1, 0, "String:"));
@@ -54,26 +55,84 @@ std::vector<dy_item> string_box(const std::string &text, bool consider, bool wor
     tg.ty = {2, 2};
     tg.on = {consider, word};
     items.push_back(tg);
-    items.push_back(dy_text_item(DY_KLABEL, 1, 3, complaint));
-    items.push_back(dy_text_item(DY_KBUTTON, 2, 5, "OK"));
-    items.push_back(dy_text_item(DY_KBUTTON, 24, 5, "Cancel"));
+    int y = 3;
+    if (up) {
+        dy_item dir = dy_text_item(DY_KTG, 1, 3, "");
+        dir.lines = {"Down", "Up"};
+        dir.tx = {1, 20};
+        dir.ty = {3, 3};
+        dir.on = {!*up, *up};
+        dir.exclusive = true;
+        items.push_back(dir);
+        y++;
+    }
+    items.push_back(dy_text_item(DY_KLABEL, 1, y, complaint));
+    items.push_back(dy_text_item(DY_KBUTTON, 2, y + 2, "OK"));
+    items.push_back(dy_text_item(DY_KBUTTON, 24, y + 2, "Cancel"));
     return items;
 }
 
-// Runs the selection with the file's case set as the box says, its
-// messages kept out of the file's pending list; the return code.
-int run_select(const char *command, const std::string &text, bool consider, bool word)
+// A delimiter the text does not hold, so that a "/" in it is searched for
+// as itself; a whole word is asked for by the backslash.
+std::string delimited(const std::string &text, bool word)
 {
-    char delim = word ? '\\' : '/';
+    char d = '\\';
+    if (!word)
+        for (char c : std::string_view("/!#%:;|"))
+            if (text.find(c) == std::string::npos) {
+                d = c;
+                break;
+            }
+    return d + text + d;
+}
+
+// Runs a search command on the text with the file's case set as the box
+// says; quiet keeps its messages out of the file's pending list. The
+// return code.
+int run_search(const std::string &command, const std::string &text, bool consider, bool word,
+               bool quiet)
+{
     int32_t was = xf->case_mode;
     xf->case_mode = (was & ~1) | (consider ? 1 : 0);
     std::string got, *before = xfmsg_capture;
-    xfmsg_capture = &got;
-    xfcmdline(std::string(command) + " " + delim + text + delim);
+    if (quiet)
+        xfmsg_capture = &got;
+    xfcmdline(command + delimited(text, word));
     xfmsg_capture = before;
     if (xf)
         xf->case_mode = was;
     return cmd_rc;
+}
+
+// Asks for a string until one the command takes; up, when given, asks the
+// direction too and the command is made for it.
+int string_dialog(const std::string &command, int *up)
+{
+    std::string text, complaint;
+    bool consider = !xfcase_ignore(), word = false;
+    dy_modal how;
+    how.panel_keys = true;
+    for (;;) {
+        std::vector<dy_item> items = string_box(text, consider, word, complaint, up);
+        int answer = dy_run_modal(items, "", how);
+        if (answer < 0) {
+            cmd_rc = 1; // nobody to ask
+            return 1;
+        }
+        text = items[1].text;
+        consider = items[2].on[0];
+        word = items[2].on[1];
+        if (up)
+            *up = items[3].on[1];
+        if (answer != 1 || text.empty() || !xf) {
+            cmd_rc = 1;
+            return 1;
+        }
+        std::string run = up ? command + (*up ? " -" : " ") : command + " ";
+        if (run_search(run, text, consider, word, !up) != 5)
+            return 1;
+        complaint = "Invalid string.";
+    }
 }
 
 } // namespace
@@ -87,24 +146,19 @@ int xfcm_dy_all(const xfcmd &c)
             command = r.command;
     if (!xf)
         return 1;
-    std::string text, complaint;
-    bool consider = !xfcase_ignore(), word = false;
-    for (;;) {
-        std::vector<dy_item> items = string_box(text, consider, word, complaint);
-        int answer = dy_run_modal(items, "");
-        if (answer < 0) {
-            cmd_rc = 1; // nobody to ask
-            return 1;
-        }
-        text = items[1].text;
-        consider = items[2].on[0];
-        word = items[2].on[1];
-        if (answer != 1 || text.empty() || !xf)
-            return 1;
-        if (run_select(command, text, consider, word) != 5)
-            return 1;
-        complaint = "Invalid string.";
-    }
+    return string_dialog(command, nullptr);
+}
+
+// DY_FInd: the string, its case, a whole word and the direction, found as
+// LOCATE finds it from the current line.
+int xfcm_dy_find(const xfcmd &c)
+{
+    xftrace("Commande xfcm_dy_find");
+    (void)c;
+    if (!xf)
+        return 1;
+    int up = 0;
+    return string_dialog("locate", &up);
 }
 
 bool xfconfirm(const std::string &what, const std::vector<std::string> &lines)

@@ -471,7 +471,7 @@ int l_enter(const std::string &stem, std::string_view)
 int l_font(const std::string &stem, std::string_view)
 {
     std::vector<std::string> w;
-    std::string_view r = xfset_text("FONt");
+    std::string_view r = xffont_now();
     for (std::string_view x = xfword(r); !x.empty(); x = xfword(r))
         w.emplace_back(x);
     set_list(stem, w);

@@ -70,6 +70,12 @@ int xfcm_toolbar(const xfcmd &c)
     return 1;
 }
 
+namespace {
+std::string font_set; // the text font FONt set last, "" none yet
+} // namespace
+
+const std::string &xffont_now() { return font_set; }
+
 int xfcm_font(const xfcmd &c)
 {
     xftrace("Commande xfcm_font");
@@ -84,6 +90,8 @@ int xfcm_font(const xfcmd &c)
     if (asffont(name.c_str()) != 0) {
         xfmsgs("Invalid font\n" + name, 1);
         cmd_rc = 1;
+    } else {
+        font_set = name;
     }
     return 1;
 }

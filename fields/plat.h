@@ -56,6 +56,11 @@ class fs_plat {
   // font to change, no menus, tool bar or scroll bar to show.
   // Changes the text font by name; 0, or 1 when there is no such font.
   virtual int font(const std::string &) { return 0; }
+  // The fixed-pitch families the text font may take, for the font box;
+  // false when the text font is not the layer's to change (a terminal
+  // shows its own). An empty list: the layer cannot tell, and the box
+  // offers the usual few.
+  virtual bool font_families(std::vector<std::string> &) { return true; }
   // Whether a font face exists for the dialog boxes: 1 yes, 0 no, -1 the
   // layer cannot tell (any well-formed name is taken).
   virtual int font_known(const std::string &) { return -1; }

@@ -13,7 +13,7 @@ namespace {
 // The commands behind the tool bar's buttons, in position order. An empty
 // command is the New button, which needs a name made for it.
 constexpr const char *toolcmds[] = {
-    "QUIT",        "",           "CMSG XEDit ", "SAVE",       "FILE",     "S_CUt",
+    "QUIT",        "",           "dy_open //last", "SAVE",       "FILE",     "S_CUt",
     "S_COpy",      "S_Paste",    "S_Paste o",   "S_Upper",    "S_Lower",  "S_LShift",
     "S_RShift",    "PRINTScreen", "UNDo",       "REDo",       "CMSG FINd ", "CMSG FUp ",
 };

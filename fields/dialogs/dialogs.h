@@ -72,6 +72,8 @@ struct dy_box {
   int focus = 0;                // index in items of the focused item, -1 none
   void *view = nullptr;         // the layer's own record of the box, or null
   bool waited = false;          // someone waits for a button: it unmaps the box
+  bool picks = false;           // waited: a click on a list line ends the wait too
+  bool panel_keys = false;      // waited: Enter presses the first button, F3 and Ctrl+C close
   int answer = 0;               // the button pressed last, from 1
   bool gone = false;            // being destroyed: the view lets go of its record
 };
@@ -182,10 +184,33 @@ int asf_alert(int kind, const std::vector<std::string> &lines);
 // then hold what the user made of them. The button from 1, 0 when the box
 // was closed, -1 when no box can be shown.
 int dy_run_modal(std::vector<dy_item> &items, const std::string &title);
+// How the editor's own boxes are asked: where the focus starts, and what
+// besides a button ends the wait.
+struct dy_modal {
+  int focus = -1;           // index in items of the item to start on; -1 the first
+  bool picks = false;       // a click on a list line ends it: DY_PICK or DY_PICK2
+  bool panel_keys = false;  // Enter off a button is the first button; F3, Ctrl+C close
+};
+constexpr int DY_PICK = 1000;   // a list line was clicked: the list's cursor is on it
+constexpr int DY_PICK2 = 1001;  // the same line was clicked twice in a row
+int dy_run_modal(std::vector<dy_item> &items, const std::string &title, const dy_modal &how);
 // A line of text asked for in a box with a title, a label, OK and Cancel;
 // text holds the proposal and gets the answer. 1 OK, 0 cancelled, -1 no
 // box can be shown.
 int dy_ask(const std::string &title, const std::string &label, std::string &text);
+
+// ---- the file box ----------------------------------------------------------------
+
+// What the file box asks for: a file that exists, or a name to write (in a
+// folder that exists).
+enum dy_filemode : int { DY_FOPEN = 0, DY_FSAVE = 1 };
+// Asks for a file in a box that lists a folder's entries and walks the
+// folders. from is where it starts: a folder, "//last" for the folder the
+// previous file box ended in, "" (or a folder that is not there) the
+// working folder. path holds a proposed name and gets the absolute path
+// chosen. 1 chosen, 0 cancelled, -1 no box can be shown.
+int dy_filebox(int mode, const std::string &title, const std::string &from, std::string &path);
+const std::string &dy_lastfolder();  // where the last file box ended, "" none yet
 
 // ---- the field page of the terminal and headless layers ------------------------
 

@@ -25,13 +25,21 @@ bool no_screen() { return !fs.started || dy_noscreen; }
 }  // namespace
 
 int dy_run_modal(std::vector<dy_item> &items, const std::string &title) {
+  return dy_run_modal(items, title, dy_modal{});
+}
+
+int dy_run_modal(std::vector<dy_item> &items, const std::string &title, const dy_modal &how) {
   if (no_screen()) return -1;
   dy_opts o;
   o.centre = 1;
   o.grab = DY_GRAB;
   o.title = title;
   int h = dy_make(items, o);
-  dy_find(h)->waited = true;
+  dy_box *made = dy_find(h);
+  made->waited = true;
+  made->picks = how.picks;
+  made->panel_keys = how.panel_keys;
+  if (how.focus >= 0 && how.focus < int(made->items.size())) made->focus = how.focus;
   int geo[4];
   dy_map(h, geo);
   dy_box *box;

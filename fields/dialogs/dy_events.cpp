@@ -93,9 +93,23 @@ void dy_listclick(int h, int n, int line, long long ms) {
                ms - last_click.ms < DOUBLE_MS;
   dy_event(h, fmt(twice ? " %d DSC%d %d" : " %d SC%d %d", h, n, line));
   last_click = twice ? click{} : click{h, n, line, ms};
+  dy_box *b = dy_find(h);
+  if (b && b->waited && b->picks) {
+    b->answer = twice ? DY_PICK2 : DY_PICK;
+    b->mapped = false;
+  }
 }
 
 void dy_key(int h, char what, int n) {
+  dy_box *b = dy_find(h);
+  if (b && b->waited && b->panel_keys) {
+    if (what == 'E') return dy_button(h, 1);
+    if ((what == 'F' && n == 3) || (what == '^' && n == 'C')) {
+      b->answer = 0;
+      b->mapped = false;
+      return;
+    }
+  }
   for (const key_form &k : key_forms)
     if (k.what == what) dy_event(h, fmt(k.fmt, h, n));
 }

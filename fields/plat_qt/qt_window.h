@@ -81,6 +81,7 @@ class qtplat : public fs_plat {
   void flush() override;
   int font(const std::string &name) override;
   int font_known(const std::string &face) override;
+  bool font_families(std::vector<std::string> &out) override;
   void menus(const fs_menu *bar, const fs_menu *popup) override;
   bool popup(int x, int y) override;
   bool fieldmenu(const fs_fieldmenu &m, int x, int y) override;

@@ -215,6 +215,7 @@ class termplat : public fs_plat {
   }
   void pointer(int) override {}
   void flush() override;
+  bool font_families(std::vector<std::string> &) override { return false; }
 
   void leave();  // gives the terminal back
 

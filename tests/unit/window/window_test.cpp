@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFontDatabase>
 #include <QPushButton>
 #include <QTimer>
 #include <QToolBar>
@@ -484,6 +485,19 @@ TEST_F(WindowTest, UnknownFontsAreRefusedAndTheGridKeepsItsSize) {
   EXPECT_EQ(asffont_dy("Courier New%*%8%16"), 0);
   EXPECT_EQ(dy_font(), "Courier New%*%8%16");
   asffont_dy(before.c_str());
+}
+
+// The font box's families: fixed-pitch ones only, and each is a font the
+// window takes.
+TEST_F(WindowTest, FontBoxFamiliesAreFixedPitchAndTaken) {
+  std::vector<std::string> families;
+  ASSERT_TRUE(qw_layer->font_families(families));
+  for (const std::string &f : families)
+    EXPECT_TRUE(QFontDatabase::isFixedPitch(QString::fromStdString(f))) << f;
+  for (size_t i = 0; i < families.size() && i < 3; i++)
+    EXPECT_EQ(asffont((families[i] + "%Regular%10%20").c_str()), 0) << families[i];
+  settle();
+  drain();
 }
 
 }  // namespace
