@@ -244,5 +244,13 @@ int fl_open_entry(size_t i)
         fl_say("..... File " + fl_shown(lv.list.name[i]) + " already erased");
         return 1;
     }
-    return fl_edit("xed " + fl_quote(path_of(lv, i)));
+    std::string path = path_of(lv, i);
+    if (fl_runnable(path)) {
+        switch (fl_ask_run(path)) {
+        case FL_ASK_RUN: return fl_run_file(path, false);
+        case FL_ASK_EDIT: break;
+        default: return 0;
+        }
+    }
+    return fl_edit("xed " + fl_quote(path));
 }

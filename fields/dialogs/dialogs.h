@@ -166,8 +166,9 @@ extern bool dy_noscreen;  // set: nothing to hand out (the interpreter alone)
 int asf_alert(int kind, const std::vector<std::string> &lines);
 // Shows a box of these items modally until a button is pressed; the items
 // then hold what the user made of them. The button from 1, 0 when the box
-// was closed, -1 when no box can be shown.
-int dy_run_modal(std::vector<dy_item> &items, const std::string &title);
+// was closed, -1 when no box can be shown. `focus` is the index in items of
+// the one that has the focus first; -1 the first that takes input.
+int dy_run_modal(std::vector<dy_item> &items, const std::string &title, int focus = -1);
 // A line of text asked for in a box with a title, a label, OK and Cancel;
 // text holds the proposal and gets the answer. 1 OK, 0 cancelled, -1 no
 // box can be shown.

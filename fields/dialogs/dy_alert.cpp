@@ -24,7 +24,7 @@ bool no_screen() { return !fs.started || dy_noscreen; }
 
 }  // namespace
 
-int dy_run_modal(std::vector<dy_item> &items, const std::string &title) {
+int dy_run_modal(std::vector<dy_item> &items, const std::string &title, int focus) {
   if (no_screen()) return -1;
   dy_opts o;
   o.centre = 1;
@@ -32,6 +32,7 @@ int dy_run_modal(std::vector<dy_item> &items, const std::string &title) {
   o.title = title;
   int h = dy_make(items, o);
   dy_find(h)->waited = true;
+  if (focus >= 0 && focus < int(items.size())) dy_find(h)->focus = focus;
   int geo[4];
   dy_map(h, geo);
   dy_box *box;
