@@ -208,6 +208,12 @@ int one_command(size_t i, const std::string &typed)
     if (!placed && text == typed)
         cmd += " " + q;
     cmd_rc = 0;
+    // A word the editor has no command or macro for is refused on the
+    // line, whatever IMPcmscp says: the system would run any program the
+    // word happens to name, a typing slip included, with the file as its
+    // argument. SHEll or XSHell on the line runs a system command asked
+    // for by name.
+    may_system = 0;
     xfcom2(cmd);
     watch.report();
     return cmd_rc != 0 && cmd_rc != 2;
