@@ -74,6 +74,8 @@ struct fl_list {
     bool add(std::string path, const fl_status &s, int32_t d);
     // Makes room for `want` entries; false when it cannot be had.
     bool reserve(size_t want);
+    void keep(size_t to, size_t from); // the entry `from` moves down to `to`
+    void truncate(size_t n);           // only the first n entries stay
 };
 
 struct fl_level {
