@@ -293,7 +293,7 @@ int xfcom2(std::string_view text, int ctx1, int ctx2)
     const std::string &line = t.line, &norm = t.norm;
     size_t w = t.w;
 
-    // This dispatch's switches; a nested dispatch starts with both set.
+    // This dispatch's switches; a nested dispatch starts with all of them set.
     int mm = may_macro, mb = may_builtin, ms = may_system;
     may_macro = may_builtin = may_system = 1;
     cmd_rc = 0;
