@@ -79,6 +79,7 @@ bool xftarget_test(std::string_view line);
 extern int cmd_rc;          // return code of the last command
 extern int may_macro;       // macros may take the next dispatch
 extern int may_builtin;     // built-in commands may take the next dispatch
+extern int may_system;      // IMPcmscp may hand the next dispatch's line to the system
 extern int macro_first;     // SET MACRO ON
 extern int profile_pending; // the profile is searched as a macro first
 extern int synonym_armed;   // 0 while a synonym's expansions run

@@ -14,6 +14,7 @@
 int cmd_rc = 0;
 int may_macro = 1;
 int may_builtin = 1;
+int may_system = 1;
 int macro_first = 0;
 int profile_pending = 0;
 int synonym_armed = 1;
@@ -84,6 +85,7 @@ void dispatch_end(std::string_view line)
 {
     may_macro = 1;
     may_builtin = 1;
+    may_system = 1;
     inner_quiet = keep_rc_quiet;
     int quiet = keep_rc_quiet;
     keep_rc_quiet = 0;
@@ -291,9 +293,9 @@ int xfcom2(std::string_view text, int ctx1, int ctx2)
     const std::string &line = t.line, &norm = t.norm;
     size_t w = t.w;
 
-    // This dispatch's switches; a nested dispatch starts with both set.
-    int mm = may_macro, mb = may_builtin;
-    may_macro = may_builtin = 1;
+    // This dispatch's switches; a nested dispatch starts with all of them set.
+    int mm = may_macro, mb = may_builtin, ms = may_system;
+    may_macro = may_builtin = may_system = 1;
     cmd_rc = 0;
     bool done = run_synonyms(line, ctx1, ctx2, mm, mb);
     if (!done && (macro_first || profile_pending)) {
@@ -308,7 +310,7 @@ int xfcom2(std::string_view text, int ctx1, int ctx2)
     if (!done && !macro_first && mm)
         done = xfmacro_search(norm);
     if (!done) {
-        if (impcmscp == 0 || !mb) {
+        if (impcmscp == 0 || !mb || !ms) {
             std::string m = "..... Invalid command \"" + line + "\"";
             xfmsgs(m, 1);
             cmd_rc = -1;

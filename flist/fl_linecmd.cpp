@@ -208,6 +208,12 @@ int one_command(size_t i, const std::string &typed)
     if (!placed && text == typed)
         cmd += " " + q;
     cmd_rc = 0;
+    // A word the editor has no command or macro for is refused on the
+    // line, whatever IMPcmscp says: the system would run any program the
+    // word happens to name, a typing slip included, with the file as its
+    // argument. SHEll or XSHell on the line runs a system command asked
+    // for by name.
+    may_system = 0;
     xfcom2(cmd);
     watch.report();
     return cmd_rc != 0 && cmd_rc != 2;
@@ -244,5 +250,13 @@ int fl_open_entry(size_t i)
         fl_say("..... File " + fl_shown(lv.list.name[i]) + " already erased");
         return 1;
     }
-    return fl_edit("xed " + fl_quote(path_of(lv, i)));
+    std::string path = path_of(lv, i);
+    if (fl_runnable(path)) {
+        switch (fl_ask_run(path)) {
+        case FL_ASK_RUN: return fl_run_file(path, false);
+        case FL_ASK_EDIT: break;
+        default: return 0;
+        }
+    }
+    return fl_edit("xed " + fl_quote(path));
 }

@@ -183,7 +183,12 @@ int run_level(size_t depth)
             fl_show_msg(lv);
         }
         int code = 0, value = 0, mod = 0;
+        // The right button is the list's own, for its sort menu: the
+        // editor's pop-up does not open over the list.
+        fs_menuhook menus = as_menuhook;
+        as_menuhook = nullptr;
         asread(&code, &value, &mod);
+        as_menuhook = menus;
         int r = cursor_row();
         if (r >= 0)
             row = r;
@@ -210,9 +215,15 @@ int run_level(size_t depth)
             // Shifted keys count past the plain ones; the list knows twelve.
             act_key(lv, (value - 1) % nf + 1 <= 12 ? (value - 1) % nf + 1 : K_NONE);
             break;
-        case 22:
+        case 22: // Ctrl with a letter: C cancels, S asks for an order
             if (value == 'c' || value == 'C' || value == 3)
                 fl_end_level = fl_cancelled = true;
+            else if (value == 's' || value == 'S' || value == 19)
+                lv.rebuild = fl_sort_menu(lv) || lv.rebuild;
+            break;
+        case 20: // a press no field took: the right button asks for an order
+            if (value == 3)
+                lv.rebuild = fl_sort_menu(lv) || lv.rebuild;
             break;
         case 38: { // a click on a name opens its entry
             int id = 0, l = 0, c = 0;

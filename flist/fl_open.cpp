@@ -24,6 +24,13 @@ std::string reason(int err)
 
 } // namespace
 
+bool fl_runnable(const std::string &path)
+{
+    struct stat sb;
+    return stat(path.c_str(), &sb) == 0 && S_ISREG(sb.st_mode) && (sb.st_mode & 0111) &&
+           access(path.c_str(), X_OK) == 0;
+}
+
 int fl_run_file(const std::string &path, bool open_action)
 {
     struct stat sb;
@@ -32,7 +39,7 @@ int fl_run_file(const std::string &path, bool open_action)
         return 1;
     }
     std::vector<std::string> argv;
-    if (S_ISREG(sb.st_mode) && (sb.st_mode & 0111) && access(path.c_str(), X_OK) == 0)
+    if (fl_runnable(path))
         argv = {path};
     else if (open_action)
         argv = {"xdg-open", path};

@@ -27,28 +27,56 @@ void fl_list::clear()
     first.clear();
 }
 
+bool fl_list::reserve(size_t want)
+{
+    if (want <= name.capacity())
+        return true;
+    // Growth by at least double keeps a tree of many small folders linear.
+    want = std::max(want, name.capacity() * 2);
+    // A block the size the arrays will take is asked of the system first,
+    // so that a shortage ends the scan instead of the program.
+    size_t bytes = want * (2 * sizeof(std::string) + sizeof(fl_status) + 2 * sizeof(int32_t) + 32);
+    void *probe = std::malloc(bytes);
+    if (!probe)
+        return false;
+    std::free(probe);
+    name.reserve(want);
+    cmd.reserve(want);
+    st.reserve(want);
+    dir.reserve(want);
+    return true;
+}
+
 bool fl_list::add(std::string path, const fl_status &s, int32_t d)
 {
-    if (name.size() == name.capacity()) {
-        // The arrays double; a block the size they will take is asked of
-        // the system first, so that a shortage ends the scan instead of the
-        // program.
-        size_t want = name.capacity() ? name.capacity() * 2 : 1024;
-        size_t bytes = want * (2 * sizeof(std::string) + sizeof(fl_status) + 2 * sizeof(int32_t) + 32);
-        void *probe = std::malloc(bytes);
-        if (!probe)
-            return false;
-        std::free(probe);
-        name.reserve(want);
-        cmd.reserve(want);
-        st.reserve(want);
-        dir.reserve(want);
-    }
+    // The arrays double when full.
+    if (name.size() == name.capacity() && !reserve(name.capacity() ? name.capacity() * 2 : 1024))
+        return false;
     name.push_back(std::move(path));
     cmd.emplace_back();
     st.push_back(s);
     dir.push_back(d);
     return true;
+}
+
+void fl_list::keep(size_t to, size_t from)
+{
+    if (to == from)
+        return;
+    name[to] = std::move(name[from]);
+    cmd[to] = std::move(cmd[from]);
+    st[to] = st[from];
+    dir[to] = dir[from];
+}
+
+void fl_list::truncate(size_t n)
+{
+    name.resize(n);
+    cmd.resize(n);
+    st.resize(n);
+    dir.resize(n);
+    if (first.size() > n)
+        first.resize(n);
 }
 
 bool fl_is_parent(const fl_list &l, size_t i) { return l.name[i] == ".."; }
@@ -78,41 +106,43 @@ void progress(const std::string &text)
     asrefresh();
 }
 
-// A name read from a directory, waiting for its status.
-struct entry {
-    std::string path;     // the directory and the name
-    uint32_t name_at = 0; // where the name starts in it
-    bool realdir = false; // a directory itself, to walk for a tree
-    fl_status st;         // zero when the status cannot be had
+// The entries of a folder just read, waiting for their status: they
+// stand in the list already, from `first` on.
+struct fresh {
+    fl_list &l;
+    size_t first;                   // the first entry read from the folder
+    std::vector<uint32_t> name_at;  // where each one's name starts in its path
 };
 
-void status_of(int fd, std::vector<entry> &v, size_t from_i, size_t to_i)
+void status_of(int fd, fresh &f, size_t from_k, size_t to_k)
 {
-    for (size_t i = from_i; i < to_i; i++) {
+    for (size_t k = from_k; k < to_k; k++) {
         struct stat sb;
-        if (fstatat(fd, v[i].path.c_str() + v[i].name_at, &sb, 0) == 0)
-            v[i].st = from(sb);
+        size_t i = f.first + k;
+        if (fstatat(fd, f.l.name[i].c_str() + f.name_at[k], &sb, 0) == 0)
+            f.l.st[i] = from(sb);
     }
 }
 
 // Takes the status of every entry; a large folder is split among a few
 // threads, as the kernel's lookups run side by side.
-void take_status(int fd, std::vector<entry> &v)
+void take_status(int fd, fresh &f)
 {
+    size_t n = f.name_at.size();
     size_t workers = std::min<size_t>({std::max(1u, std::thread::hardware_concurrency()), 4,
-                                       v.size() / std::max<size_t>(fl_share_least, 1)});
+                                       n / std::max<size_t>(fl_share_least, 1)});
     std::vector<std::thread> helpers;
     size_t done = 0;
     if (workers > 1) {
-        size_t part = v.size() / workers;
+        size_t part = n / workers;
         try {
             for (size_t w = 1; w < workers; w++, done += part)
-                helpers.emplace_back(status_of, fd, std::ref(v), done, done + part);
+                helpers.emplace_back(status_of, fd, std::ref(f), done, done + part);
         } catch (const std::system_error &) {
             // No thread to be had: what is left is done here.
         }
     }
-    status_of(fd, v, done, v.size());
+    status_of(fd, f, done, n);
     for (auto &t : helpers)
         t.join();
 }
@@ -162,9 +192,14 @@ struct scanner {
                 full = full || !lv.list.add("..", fl_stat_of(fl_dirs[size_t(pi)]), pi);
         }
         int fd = dirfd(dp);
-        // The names first, then their status: taking it is most of a scan's
-        // time, and for a folder of many files it is shared among threads.
-        std::vector<entry> found;
+        // The names first, then their status: taking it is most of a
+        // scan's time, and for a folder of many files it is shared among
+        // threads. The names are gathered before the list takes them, so
+        // that its arrays grow once; what the status rules out leaves the
+        // list again after.
+        std::string names;           // the names read, each ended by a NUL
+        std::vector<uint32_t> starts; // where each starts in names
+        std::vector<bool> realdirs;
         bool dot = false, dotdot = false;
         while (struct dirent *e = readdir(dp)) {
             std::string_view nm(e->d_name);
@@ -173,19 +208,31 @@ struct scanner {
             bool realdir = lv.recursive && real_dir(fd, e);
             if (!realdir && !fl_accept(lv.npat, lv.epat, nm))
                 continue;
-            entry en;
-            en.path = d.size() == 1 ? d + std::string(nm) : d + "/" + std::string(nm);
-            en.name_at = uint32_t(en.path.size() - nm.size());
-            en.realdir = realdir;
-            found.push_back(std::move(en));
+            starts.push_back(uint32_t(names.size()));
+            names.append(nm.data(), nm.size() + 1);
+            realdirs.push_back(realdir);
         }
-        take_status(fd, found);
-        for (auto &en : found) {
-            if (full)
-                break;
-            std::string_view nm(en.path.c_str() + en.name_at);
-            bool isdir = S_ISDIR(en.st.mode);
-            if (en.realdir) {
+        fresh f{lv.list, lv.list.count(), {}};
+        full = full || !lv.list.reserve(f.first + starts.size());
+        for (size_t k = 0; k < starts.size() && !full; k++) {
+            std::string_view nm(names.c_str() + starts[k]);
+            std::string path;
+            path.reserve(d.size() + 1 + nm.size());
+            path += d;
+            if (d.size() != 1)
+                path += '/';
+            path += nm;
+            f.name_at.push_back(uint32_t(path.size() - nm.size()));
+            full = !lv.list.add(std::move(path), fl_status{}, di);
+        }
+        f.name_at.resize(lv.list.count() - f.first);
+        take_status(fd, f);
+        size_t kept = f.first;
+        for (size_t k = 0; k < f.name_at.size(); k++) {
+            size_t i = f.first + k;
+            std::string_view nm(lv.list.name[i].c_str() + f.name_at[k]);
+            bool isdir = S_ISDIR(lv.list.st[i].mode);
+            if (realdirs[k]) {
                 // The tree is walked through real directories only: a link
                 // to one above would never end.
                 int sub = 0;
@@ -199,8 +246,9 @@ struct scanner {
             }
             if ((lv.filter == FL_DIRSONLY && !isdir) || (lv.filter == FL_FILESONLY && isdir))
                 continue;
-            full = !lv.list.add(std::move(en.path), en.st, di);
+            lv.list.keep(kept++, i);
         }
+        lv.list.truncate(kept);
         closedir(dp);
     }
 };

@@ -24,11 +24,14 @@ int padded(std::string_view a, std::string_view b)
     return 0;
 }
 
-struct sortkey {
-    bool parent;          // `..`: before every other entry
-    int64_t value;        // size or time
-    uint64_t head;        // the first eight bytes of the first text compared
-    std::string_view stem, ext;
+// An entry as the sort sees it: one number that settles most comparisons,
+// and where its name lies for the few it does not. Small and kept by value,
+// so that sorting many entries stays in the processor's cache.
+struct ranked {
+    uint64_t major;    // the size or time, or eight bytes of the first text
+    int32_t index;     // the entry
+    uint16_t stem_at;  // where the stem starts in the entry's path
+    uint16_t stem_len; // its length; the extension runs to the end
 };
 
 // Eight bytes of a blank-padded text as one number that orders as they do:
@@ -41,47 +44,57 @@ uint64_t head_of(std::string_view t)
     return h;
 }
 
-struct comparer {
-    int key;              // sort code without the reversal
-    bool reversed;
-    // The plain order of two keys, before any reversal: -1, 0 or 1.
-    int plain(const sortkey &a, const sortkey &b) const
-    {
-        if (key == FL_BYSIZE || key == FL_BYTIME)
-            return a.value < b.value ? -1 : a.value > b.value;
-        if (a.head != b.head)
-            return a.head < b.head ? -1 : 1;
-        int first = key == FL_BYNAME ? padded(a.stem, b.stem) : padded(a.ext, b.ext);
-        return first ? first : key == FL_BYNAME ? padded(a.ext, b.ext) : padded(a.stem, b.stem);
-    }
-    bool before(const sortkey &a, int32_t ia, const sortkey &b, int32_t ib) const
-    {
-        if (a.parent != b.parent)
-            return a.parent;
-        int c = plain(a, b);
-        // Equal sizes or times go by name, so that the order does not
-        // depend on the order the directory gives its names in.
-        if (c == 0 && key != FL_BYNAME && key != FL_BYTYPE)
-            c = padded(a.stem, b.stem) ? padded(a.stem, b.stem) : padded(a.ext, b.ext);
-        if (reversed)
-            c = -c;
-        return c ? c < 0 : ia < ib;
-    }
-};
-
-sortkey key_of(const fl_list &l, size_t i, int key)
+ranked rank_of(const fl_list &l, size_t i, int key)
 {
-    sortkey k{fl_is_parent(l, i), 0, 0, {}, {}};
     const fl_status &s = l.st[i];
-    // Directories show no size, and sort as empty.
-    int64_t size = fl_is_dir(s) ? 0 : s.size;
-    k.value = key == FL_BYSIZE ? size : s.mtime ? s.mtime : s.ctime ? s.ctime : s.atime;
     std::string_view whole(l.name[i]);
     size_t slash = whole.rfind('/');
-    fl_split(slash == std::string_view::npos ? whole : whole.substr(slash + 1), k.stem, k.ext);
-    k.head = head_of(key == FL_BYTYPE ? k.ext : k.stem);
-    return k;
+    size_t at = slash == std::string_view::npos ? 0 : slash + 1;
+    std::string_view stem, ext;
+    fl_split(whole.substr(at), stem, ext);
+    ranked r{0, int32_t(i), uint16_t(std::min<size_t>(at, UINT16_MAX)),
+             uint16_t(std::min<size_t>(stem.size(), UINT16_MAX))};
+    if (key == FL_BYSIZE || key == FL_BYTIME) {
+        // Directories show no size, and sort as empty.
+        int64_t v = key == FL_BYTIME ? (s.mtime ? s.mtime : s.ctime ? s.ctime : s.atime)
+                                     : fl_is_dir(s) ? 0 : s.size;
+        r.major = uint64_t(v) ^ (uint64_t(1) << 63); // signed order as unsigned
+    } else {
+        r.major = head_of(key == FL_BYTYPE ? ext : stem);
+    }
+    return r;
 }
+
+struct comparer {
+    const fl_list &l;
+    int key;              // sort code without the reversal
+    bool reversed;
+    std::string_view stem(const ranked &r) const
+    {
+        return std::string_view(l.name[size_t(r.index)]).substr(r.stem_at, r.stem_len);
+    }
+    std::string_view ext(const ranked &r) const
+    {
+        return std::string_view(l.name[size_t(r.index)]).substr(size_t(r.stem_at) + r.stem_len);
+    }
+    // Past the first number: the type sort looks at the extension, then the
+    // stem; the others at the stem, then the extension. Equal sizes or
+    // times thus go by name, and the order does not depend on the order
+    // the directory gives its names in.
+    int rest(const ranked &a, const ranked &b) const
+    {
+        bool type = key == FL_BYTYPE;
+        int c = type ? padded(ext(a), ext(b)) : padded(stem(a), stem(b));
+        return c ? c : type ? padded(stem(a), stem(b)) : padded(ext(a), ext(b));
+    }
+    bool operator()(const ranked &a, const ranked &b) const
+    {
+        int c = a.major != b.major ? (a.major < b.major ? -1 : 1) : rest(a, b);
+        if (reversed)
+            c = -c;
+        return c ? c < 0 : a.index < b.index;
+    }
+};
 
 } // namespace
 
@@ -93,26 +106,34 @@ void fl_sort(fl_level &lv)
         ascput(2, int(std::char_traits<char>::length(t)), t);
         asrefresh();
     }
-    comparer cmp{lv.sort & 3, (lv.sort & FL_REVERSED) != 0};
-    std::vector<sortkey> keys(l.count());
-    for (size_t i = 0; i < l.count(); i++)
-        keys[i] = key_of(l, i, cmp.key);
-    l.order.resize(l.count());
-    for (size_t i = 0; i < l.count(); i++)
-        l.order[i] = int32_t(i);
-    std::sort(l.order.begin(), l.order.end(),
-              [&](int32_t a, int32_t b) { return cmp.before(keys[size_t(a)], a, keys[size_t(b)], b); });
+    comparer cmp{l, lv.sort & 3, (lv.sort & FL_REVERSED) != 0};
+    // `..` comes first whatever the order; the rest is sorted.
+    l.order.clear();
+    std::vector<ranked> rest;
+    rest.reserve(l.count());
+    for (size_t i = 0; i < l.count(); i++) {
+        if (fl_is_parent(l, i))
+            l.order.push_back(int32_t(i));
+        else
+            rest.push_back(rank_of(l, i, cmp.key));
+    }
+    std::sort(rest.begin(), rest.end(), cmp);
+    for (const ranked &r : rest)
+        l.order.push_back(r.index);
     lv.rebuild = true;
 }
 
 void fl_sort_insert(fl_level &lv, int32_t i)
 {
     fl_list &l = lv.list;
-    comparer cmp{lv.sort & 3, (lv.sort & FL_REVERSED) != 0};
-    sortkey ki = key_of(l, size_t(i), cmp.key);
-    auto at = std::lower_bound(l.order.begin(), l.order.end(), i, [&](int32_t a, int32_t) {
-        return cmp.before(key_of(l, size_t(a), cmp.key), a, ki, i);
-    });
+    comparer cmp{l, lv.sort & 3, (lv.sort & FL_REVERSED) != 0};
+    auto at = l.order.begin();
+    if (!fl_is_parent(l, size_t(i))) {
+        ranked ri = rank_of(l, size_t(i), cmp.key);
+        at = std::lower_bound(l.order.begin(), l.order.end(), i, [&](int32_t a, int32_t) {
+            return fl_is_parent(l, size_t(a)) || cmp(rank_of(l, size_t(a), cmp.key), ri);
+        });
+    }
     l.order.insert(at, i);
     lv.rebuild = true;
 }

@@ -72,6 +72,10 @@ struct fl_list {
     void clear();
     // Appends an entry; false when memory for it cannot be had.
     bool add(std::string path, const fl_status &s, int32_t d);
+    // Makes room for `want` entries; false when it cannot be had.
+    bool reserve(size_t want);
+    void keep(size_t to, size_t from); // the entry `from` moves down to `to`
+    void truncate(size_t n);           // only the first n entries stay
 };
 
 struct fl_level {
@@ -180,6 +184,21 @@ int fl_line_command(size_t i, const std::string &text);
 int fl_open_entry(size_t i);
 // Runs a file by its type; 0 or 1 with the message set.
 int fl_run_file(const std::string &path, bool open_action);
+// A regular file we may execute: a click asks whether to run or edit it.
+bool fl_runnable(const std::string &path);
+
+// ---- questions in boxes -------------------------------------------------------
+
+// The sort code of a sort menu's action: `0` to `3` by name, type, size and
+// date, `a` to `d` the same reversed; -1 for any other.
+int fl_sort_action(char action);
+// Asks for an order in the sort menu and sorts the level by it; false when
+// the menu was closed without a choice.
+bool fl_sort_menu(fl_level &lv);
+enum { FL_ASK_NONE = 0, FL_ASK_RUN = 1, FL_ASK_EDIT = 2 };
+// Asks whether the program `path` is to be run or edited: FL_ASK_RUN,
+// FL_ASK_EDIT, or FL_ASK_NONE when the question was closed.
+int fl_ask_run(const std::string &path);
 // Erases the entry `i`: into the Trash with RECYCLE ON. 0, or 1 with the
 // message set.
 int fl_erase(fl_level &lv, size_t i);

@@ -9,6 +9,7 @@
 #include "fields/fs_int.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace {
 
@@ -43,6 +44,27 @@ state st;
 std::string fit(std::string s, int width) {
   s.resize(size_t(std::max(0, width)), ' ');
   return s;
+}
+
+// A button's text as shown: a `&` marks the letter that presses it, and
+// `&&` stands for one `&`.
+std::string shown_label(const std::string &t) {
+  std::string out;
+  for (size_t i = 0; i < t.size(); i++) {
+    if (t[i] == '&' && i + 1 < t.size()) i++;
+    out += t[i];
+  }
+  return out;
+}
+
+// The letter a button's `&` marks, in lower case; 0 for none.
+int mnemonic(const std::string &t) {
+  for (size_t i = 0; i + 1 < t.size(); i++) {
+    if (t[i] != '&') continue;
+    if (t[i + 1] != '&') return tolower((unsigned char)t[i + 1]);
+    i++;
+  }
+  return 0;
 }
 
 std::vector<stop> stops_of(const dy_box &b) {
@@ -87,7 +109,7 @@ void item_segs(const dy_box &b, int i, int l0, int c0, std::vector<seg> &out) {
       }
       break;
     case DY_KBUTTON:
-      add(y, x, "< " + it.text + " >", focused(i) ? 2 : 0, i, 0);
+      add(y, x, "< " + shown_label(it.text) + " >", focused(i) ? 2 : 0, i, 0);
       break;
     case DY_KTG:
       if (!it.text.empty()) add(y, x, it.text, 0, -1, 0);
@@ -301,6 +323,13 @@ void key(dy_box &b, int ch) {
   if (code > FSK_F0 && code <= FSK_F0 + 24) return dy_key(h, 'F', code - FSK_F0);
   if (ctrl && code < 256 && code > ' ') return dy_key(h, '^', toupper(code));
   if (it && it->kind == DY_KINPUT && edit(*it, code, ch)) return;
+  // A button's marked letter presses it from anywhere in the box.
+  for (int i = 0; ch > ' ' && ch < 127 && i < int(st.stops.size()); i++) {
+    const dy_item &x = b.items[st.stops[i].item];
+    if (x.kind != DY_KBUTTON || mnemonic(x.text) != tolower(ch)) continue;
+    st.at = i;
+    return act(b, st.stops[i], -1);
+  }
   if (it && it->kind == DY_KSCL && (code == FSK_UP || code == FSK_DOWN || code == FSK_PGUP ||
                                     code == FSK_PGDN)) {
     int page = std::max(1, int(it->height));

@@ -22,6 +22,9 @@
 #   status  expected exit status (default 0)
 #   files   lines "path" that must exist afterwards, "!path" that must not
 #   expect/ files that must be in the work folder afterwards with this content
+#   unprivileged  (empty) the editor runs as a user the mode bits bind: when
+#           the tests run as root, as nobody through setpriv (the case is
+#           skipped when setpriv is missing)
 # In the expected texts, @WORK@ stands for the work folder's real path.
 # On failure the differences are printed and the work folder is kept. In a
 # build with the sanitizers any report of theirs fails the case
@@ -68,10 +71,23 @@ if [ -f "$case_dir/env" ]; then
   while IFS= read -r line || [ -n "$line" ]; do [ -n "$line" ] && envs+=("$line"); done < "$case_dir/env"
 fi
 
+# Root reads and writes past any mode bits: a case about them runs the
+# editor as nobody, in a work folder made its own.
+as_user=()
+if [ -f "$case_dir/unprivileged" ] && [ "$(id -u)" -eq 0 ]; then
+  if ! command -v setpriv >/dev/null; then
+    echo "SKIP: setpriv is missing, and as root the mode bits do not bind"
+    rm -rf "$work"
+    exit 77
+  fi
+  chown -R 65534:65534 "$work"
+  as_user=(setpriv --reuid=65534 --regid=65534 --clear-groups)
+fi
+
 prog=$xed
 [ -f "$case_dir/prog" ] && prog=$(head -n1 "$case_dir/prog")
 # exec -a gives the program the name it decides its personality by.
-(cd "$work" && env "${envs[@]}" bash -c 'exec -a "$0" "$@"' "$prog" "$xed" "${args[@]}" \
+(cd "$work" && "${as_user[@]}" env "${envs[@]}" bash -c 'exec -a "$0" "$@"' "$prog" "$xed" "${args[@]}" \
   >"$work/.stdout" 2>"$work/.stderr" </dev/null)
 rc=$?
 
@@ -117,5 +133,6 @@ if [ $fail -ne 0 ]; then
   echo "work folder kept: $work"
   exit 1
 fi
+chmod -R u+rwX "$work" 2>/dev/null
 rm -rf "$work"
 exit 0

@@ -22,7 +22,8 @@
 #   keys KEY...           tmux key names (Enter, F3, S-F1, PageDown, C-a, ...)
 #   type TEXT             TEXT typed as it stands
 #   raw HEX...            bytes sent as they are (escape sequences)
-#   click ROW COL         the left button pressed and released on a cell
+#   click ROW COL [BUTTON]  a button (1 left, the default, 2 middle, 3 right)
+#                         pressed and released on a cell
 #   wheel up|down [MODS]  the wheel; MODS the xterm bits (4 Shift, 16 Ctrl)
 #   see TEXT              waits until the screen shows TEXT
 #   notsee TEXT           waits until the screen no longer shows TEXT
@@ -195,8 +196,9 @@ EOS
     type) t send-keys -t x -l -- "$rest" ;;
     raw) t send-keys -t x -H $rest ;;
     click)
-      read -r r c <<<"$rest"
-      t send-keys -t x -l -- $'\e'"[<0;$c;${r}M"$'\e'"[<0;$c;${r}m"
+      read -r r c b <<<"$rest"
+      b=$(( ${b:-1} - 1 ))
+      t send-keys -t x -l -- $'\e'"[<$b;$c;${r}M"$'\e'"[<$b;$c;${r}m"
       ;;
     wheel)
       read -r dir mods <<<"$rest"

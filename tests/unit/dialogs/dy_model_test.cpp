@@ -217,6 +217,29 @@ TEST_F(Page, AlertGivesTheButtonPressed) {
   EXPECT_EQ(asf_alert(1, {}), -1);
 }
 
+TEST_F(Page, MarkedLetterPressesItsButtonAndFocusCanStartAnywhere) {
+  std::vector<dy_item> items = {dy_text_item(DY_KBUTTON, 0, 0, "&Run"),
+                                dy_text_item(DY_KBUTTON, 0, 1, "&Edit"),
+                                dy_text_item(DY_KBUTTON, 0, 2, "Fish && &Chips")};
+  rec->script("key E");  // the letter in either case
+  EXPECT_EQ(dy_run_modal(items, ""), 2);
+  rec->script("key c");  // `&&` is no mark: the letter after the single `&` is
+  EXPECT_EQ(dy_run_modal(items, ""), 3);
+  rec->script("key x\nkey escape");  // a letter no button has does nothing
+  EXPECT_EQ(dy_run_modal(items, ""), 0);
+  rec->script("key enter");
+  EXPECT_EQ(dy_run_modal(items, "", dy_modal{1}), 2);
+  rec->script("key downarrow\nkey enter");
+  EXPECT_EQ(dy_run_modal(items, "", dy_modal{7}), 2);  // out of range: the first button
+  // In an input line a letter is typed, not a button's.
+  dy_item in = dy_text_item(DY_KINPUT, 0, 0, "");
+  in.width = 8;
+  std::vector<dy_item> form = {in, dy_text_item(DY_KBUTTON, 0, 2, "&Run")};
+  rec->script("type r\nkey tab\nkey enter");
+  EXPECT_EQ(dy_run_modal(form, ""), 1);
+  EXPECT_EQ(form[0].text, "r");
+}
+
 TEST_F(Page, AskGivesTheTextTyped) {
   std::string text = "/tmp";
   rec->script("key end\ntype /x\nkey escape");

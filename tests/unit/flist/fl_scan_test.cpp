@@ -162,6 +162,40 @@ TEST_F(FlScan, EverySortKeepsTheParentOnTop)
     }
 }
 
+// Names alike in their first eight bytes, and sizes all equal: the rest of
+// the name decides, stem before extension, reversed as a whole; a file
+// entered later takes its place in the order.
+TEST_F(FlScan, TiesGoByTheWholeName)
+{
+    make("longname_b.c", 7, 1000);
+    make("longname_a.c", 7, 1000);
+    make("longname_a.b", 7, 1000);
+    make("x.a", 7, 1000);
+    fl_level &lv = level();
+    ASSERT_EQ(fl_scan(lv), 0);
+    const struct {
+        int code;
+        names want;
+    } cases[] = {
+        {FL_BYSIZE, {"..", "longname_a.b", "longname_a.c", "longname_b.c", "x.a"}},
+        {FL_BYTIME | FL_REVERSED, {"..", "x.a", "longname_b.c", "longname_a.c", "longname_a.b"}},
+        {FL_BYTYPE, {"..", "x.a", "longname_a.b", "longname_a.c", "longname_b.c"}},
+        {FL_BYNAME | FL_REVERSED, {"..", "x.a", "longname_b.c", "longname_a.c", "longname_a.b"}},
+    };
+    for (const auto &c : cases) {
+        lv.sort = c.code;
+        fl_sort(lv);
+        EXPECT_EQ(shown(lv), c.want) << "sort code " << c.code;
+    }
+    lv.sort = FL_BYSIZE;
+    fl_sort(lv);
+    make("longname_aa", 7, 1000);
+    fl_status s = fl_stat_of(dir + "/w/longname_aa");
+    ASSERT_TRUE(lv.list.add(dir + "/w/longname_aa", s, lv.dirindex));
+    fl_sort_insert(lv, int32_t(lv.list.count() - 1));
+    EXPECT_EQ(shown(lv), (names{"..", "longname_a.b", "longname_a.c", "longname_aa", "longname_b.c", "x.a"}));
+}
+
 TEST_F(FlScan, RescanKeepsTypedCommandsAndUnreadableFolderIsSaid)
 {
     make("a", 1);
