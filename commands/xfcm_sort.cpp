@@ -173,10 +173,12 @@ void put_back(xfline *r, std::vector<int32_t> &o)
 template <class Less> void sort_records(xfline *a, xfline *b, const Less &less, int depth)
 {
     constexpr ptrdiff_t ahead = 8;
+    // The library's sorts take a compare by value: they get a reference.
+    auto lt = [&less](const xfline &x, const xfline &y) { return less(x, y); };
     while (b - a > 16) {
         if (depth-- == 0) {
-            std::make_heap(a, b, less);
-            std::sort_heap(a, b, less);
+            std::make_heap(a, b, lt);
+            std::sort_heap(a, b, lt);
             return;
         }
         // The median of three goes first, where it is the pivot and, with
@@ -220,7 +222,7 @@ template <class Less> void sort_records(xfline *a, xfline *b, const Less &less, 
             b = i;
         }
     }
-    std::sort(a, b, less);
+    std::sort(a, b, lt);
 }
 
 // The order of the lines [first, first+n) by the keys, for xf_do code 'P':
