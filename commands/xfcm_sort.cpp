@@ -29,6 +29,17 @@ struct sort_key {
     bool down;     // descending
 };
 
+// Whether the first n bytes are all single-byte characters: then, even in
+// a UTF-8 file, a column is a byte, and a compare (which asks for the key's
+// columns again each time) needs no decoding.
+bool ascii(const char *t, int32_t n)
+{
+    for (int32_t i = 0; i < n; i++)
+        if ((unsigned char)t[i] >= 0x80)
+            return false;
+    return true;
+}
+
 // How two records compare; `selevel` holds the offset of the line.
 struct order_by {
     const std::vector<sort_key> &keys;
@@ -47,7 +58,7 @@ struct order_by {
         if (k.col1 == 0) {
             a = zl;
             b = zr;
-        } else if (xf->utf8) {
+        } else if (xf->utf8 && !ascii(l.text, std::min(len, k.col2 ? k.col2 : len))) {
             a = xfcol_off(l.text, len, k.col1 - 1, true);
             b = k.col2 ? xfcol_off(l.text, len, k.col2, true) : zr;
         } else {
@@ -118,12 +129,13 @@ struct order_by {
         return k.down ? -r : r;
     }
 
-    bool operator()(const xfline &x, const xfline &y) const
+    // The keys alone: equal keys give 0.
+    int operator()(const xfline &x, const xfline &y) const
     {
         for (size_t ki = 0; ki < keys.size(); ki++)
             if (int r = key_cmp(x, y, ki))
-                return r < 0;
-        return x.selevel < y.selevel;
+                return r;
+        return 0;
     }
 };
 
@@ -165,64 +177,57 @@ void put_back(xfline *r, std::vector<int32_t> &o)
             x = ~x;
 }
 
-// The plan of std::sort (median of three, partitions, a heap sort when they
-// go too deep, insertion sort for small runs) with one thing added: while a
-// partition scans the records, the texts a few records ahead are fetched
-// into the cache.  That is where the time of a large sort goes, each
-// compare reaching a text somewhere in the file's memory.
-template <class Less> void sort_records(xfline *a, xfline *b, const Less &less, int depth)
+// A quick sort in three parts, keys less than, equal to and greater than
+// the pivot's: lines of equal keys are gathered at once and then put in
+// order by their offsets alone, which reaches no text (keys that repeat
+// over a large file would otherwise send every compare to two texts far
+// apart).  The pivot is the median of three; too deep a recursion ends in
+// a heap sort, and short runs in an insertion sort.  While a partition
+// scans the records, the texts a few records ahead are fetched into the
+// cache: that is where the time of a large sort goes.
+template <class Cmp> void sort_records(xfline *a, xfline *b, const Cmp &cmp, int depth)
 {
     constexpr ptrdiff_t ahead = 8;
-    // The library's sorts take a compare by value: they get a reference.
-    auto lt = [&less](const xfline &x, const xfline &y) { return less(x, y); };
+    auto less = [&cmp](const xfline &x, const xfline &y) {
+        int c = cmp(x, y);
+        return c ? c < 0 : x.selevel < y.selevel;
+    };
+    auto by_offset = [](const xfline &x, const xfline &y) { return x.selevel < y.selevel; };
     while (b - a > 16) {
         if (depth-- == 0) {
-            std::make_heap(a, b, lt);
-            std::sort_heap(a, b, lt);
+            std::make_heap(a, b, less);
+            std::sort_heap(a, b, less);
             return;
         }
-        // The median of three goes first, where it is the pivot and, with
-        // the other two, a sentinel for the scans.
-        xfline *m = a + (b - a) / 2, *x = a + 1, *z = b - 1;
-        if (less(*x, *m)) {
-            if (less(*m, *z))
-                std::swap(*a, *m);
-            else
-                std::swap(*a, less(*x, *z) ? *z : *x);
-        } else {
-            if (less(*x, *z))
-                std::swap(*a, *x);
-            else
-                std::swap(*a, less(*m, *z) ? *z : *m);
-        }
-        xfline *i = a + 1, *j = b;
-        for (;;) {
-            while (less(*i, *a)) {
-                ++i;
-                if (b - i > ahead)
-                    __builtin_prefetch(i[ahead].text);
+        xfline *x = a, *y = a + (b - a) / 2, *z = b - 1;
+        const xfline &mid = less(*x, *y) ? (less(*y, *z) ? *y : less(*x, *z) ? *z : *x)
+                                         : (less(*x, *z) ? *x : less(*y, *z) ? *z : *y);
+        const xfline pivot = mid;
+        xfline *lt = a, *i = a, *gt = b;
+        while (i < gt) {
+            if (gt - i > ahead) {
+                __builtin_prefetch(i[ahead].text);
+                __builtin_prefetch(gt[-ahead].text);
             }
-            --j;
-            while (less(*a, *j)) {
-                --j;
-                if (j - a > ahead)
-                    __builtin_prefetch(j[-ahead].text);
-            }
-            if (!(i < j))
-                break;
-            std::swap(*i, *j);
-            ++i;
+            int c = cmp(*i, pivot);
+            if (c < 0)
+                std::swap(*lt++, *i++);
+            else if (c > 0)
+                std::swap(*i, *--gt);
+            else
+                i++;
         }
+        std::sort(lt, gt, by_offset);
         // The smaller side by recursion, the larger in this loop.
-        if (i - a < b - i) {
-            sort_records(a, i, less, depth);
-            a = i;
+        if (lt - a < b - gt) {
+            sort_records(a, lt, cmp, depth);
+            a = gt;
         } else {
-            sort_records(i, b, less, depth);
-            b = i;
+            sort_records(gt, b, cmp, depth);
+            b = lt;
         }
     }
-    std::sort(a, b, lt);
+    std::sort(a, b, less);
 }
 
 // The order of the lines [first, first+n) by the keys, for xf_do code 'P':
@@ -260,7 +265,7 @@ std::vector<int32_t> sorted_order(int32_t first, int32_t n, order_by &by)
             int c = std::memcmp(x.text, y.text, (size_t)std::min(xn, yn));
             if (c == 0)
                 c = xn < yn ? -1 : xn > yn ? 1 : 0;
-            return c ? (down ? c > 0 : c < 0) : x.selevel < y.selevel;
+            return down ? -c : c;
         };
         sort_records(r, r + m, whole, depth);
     } else {
