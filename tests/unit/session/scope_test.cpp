@@ -110,6 +110,10 @@ TEST_F(Scope, SortOfRepeatedKeysIsStableAroundExcludedLinesAndUndoes)
     xv->display_lo = xv->display_hi = 0;
     xv->scope = 0;
     xfpoint_set(".m", 12345);
+    // Stop marks with either of their two bits, or both.
+    const std::pair<int32_t, int32_t> marks[] = {{100, 1}, {201, 2}, {12345, 3}};
+    for (auto [li, mark] : marks)
+        xf_do('s', nullptr, li, mark, 0, nullptr, "t");
     xfcmdline("sort all 1 1");
     EXPECT_EQ(cmd_rc, 0);
 
@@ -121,8 +125,17 @@ TEST_F(Scope, SortOfRepeatedKeysIsStableAroundExcludedLinesAndUndoes)
                      [](const std::string &a, const std::string &b) { return a[0] < b[0]; });
     std::vector<std::string> now = text();
     size_t k = 0;
-    for (size_t i = 0; i < in.size(); i++)
+    for (size_t i = 0; i < in.size(); i++) {
         ASSERT_EQ(now[i], i % 7 ? shown[k++] : in[i]) << "line " << i;
+        // A level lent out during the sort comes back to its own line, and
+        // a stop mark goes with it.
+        ASSERT_EQ((int32_t)xf->lines[(int32_t)i].selevel, i % 7 ? 0 : 1) << "line " << i;
+        int32_t want = 0;
+        for (auto [li, mark] : marks)
+            if (now[i] == in[(size_t)li])
+                want = mark;
+        ASSERT_EQ(xf->lines[(int32_t)i].stopmark(), want) << "line " << i;
+    }
     int p = xfpoint_find(".m");
     ASSERT_GE(p, 0);
     EXPECT_EQ(now[(size_t)xf->points[(size_t)p].li], in[12345]);
