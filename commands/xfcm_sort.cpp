@@ -232,7 +232,8 @@ template <class Cmp> void sort_records(xfline *a, xfline *b, const Cmp &cmp, int
 
 // The order of the lines [first, first+n) by the keys, for xf_do code 'P':
 // the lines in scope take the sorted lines' places in turn, the others stay.
-std::vector<int32_t> sorted_order(int32_t first, int32_t n, order_by &by)
+// `placed` says that the lines stand in that order already (code 'p').
+std::vector<int32_t> sorted_order(int32_t first, int32_t n, order_by &by, bool &placed)
 {
     bool all = xv->scope == 1;
     std::vector<int32_t> o((size_t)n);
@@ -241,9 +242,11 @@ std::vector<int32_t> sorted_order(int32_t first, int32_t n, order_by &by)
     // takes its offset instead; those in scope gather at the front, still
     // in file order (the scope is asked before a record is touched).
     int32_t m = 0;
+    bool same = true; // every line has the same level and mark
     for (int32_t k = 0; k < n; k++) {
         bool in = all || xfinscope(first + k);
         o[(size_t)k] = (int32_t)(r[k].selevel | (uint32_t)r[k].mark_lo << 31);
+        same = same && o[(size_t)k] == o[0] && r[k].mark_hi == r[0].mark_hi;
         r[k].selevel = (uint32_t)k;
         if (in)
             std::swap(r[m++], r[k]);
@@ -272,6 +275,19 @@ std::vector<int32_t> sorted_order(int32_t first, int32_t n, order_by &by)
         sort_records(r, r + m, by, depth);
     }
     std::vector<uint64_t>().swap(by.num0);
+    // When all lines are in scope and alike in level and mark (a file sorted
+    // whole, as a rule), the records stand where they belong: each takes the
+    // common level back and the order array learns whose record it is.
+    placed = m == n && same;
+    if (placed) {
+        uint32_t lent = (uint32_t)o[0];
+        for (int32_t k = 0; k < n; k++) {
+            o[(size_t)k] = (int32_t)r[k].selevel;
+            r[k].selevel = lent & 0x7fffffffu;
+            r[k].mark_lo = lent >> 31;
+        }
+        return o;
+    }
     // Every slot takes back its own level and mark; the order array learns
     // whose record stands in the slot.
     for (int32_t k = 0; k < n; k++) {
@@ -361,8 +377,10 @@ int sort(const xfcmd &c, bool num)
         return 1;
     const int32_t *z = xv->perfile[(size_t)xfidx].zone;
     order_by by{keys, num, xf->case_s == 0, z[0] <= 1 && z[1] <= 0, {}};
-    std::vector<int32_t> order = sorted_order(first, (int32_t)n, by);
-    xf_do('P', nullptr, first, (int32_t)n, 1, nullptr, num ? "xfcm_nsort:274" : "xfcm_sort:274", &order);
+    bool placed;
+    std::vector<int32_t> order = sorted_order(first, (int32_t)n, by, placed);
+    xf_do(placed ? 'p' : 'P', nullptr, first, (int32_t)n, 1, nullptr, num ? "xfcm_nsort:274" : "xfcm_sort:274",
+          &order);
     return 1;
 }
 

@@ -324,7 +324,10 @@ extern std::vector<xfextdef> ext_tabs, ext_case, ext_lrecl, ext_trunc,
 // Code 'P' rearranges the `count` lines from li in place, pointers only:
 // line li+k becomes the line that stood at li+order[k] (`order` is a
 // permutation of 0..count-1); nothing is copied, and a journalled change
-// takes `order` itself into the journal, leaving it empty.
+// takes `order` itself into the journal, leaving it empty.  Code 'p' is the
+// same change made already by the caller on the records in place (a sort
+// of a whole range): the store journals it as 'P' and moves what refers to
+// the lines, without moving the lines a second time.
 void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
            xfline *lines, const char *tag, std::vector<int32_t> *order = nullptr);
 void xf_do(char cd, std::string_view text, int32_t li, const char *tag); // mode 1 r/i

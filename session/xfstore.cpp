@@ -267,18 +267,19 @@ void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
            xfline *lines, const char *tag, std::vector<int32_t> *order)
 {
     xftrace(tag);
-    if (!std::strchr("DdriIsP", cd) || cd == 0 ||
-        (cd == 'P' && (!order || (int64_t)order->size() != (int64_t)count))) {
+    bool reorder = cd == 'P' || cd == 'p';
+    if (!std::strchr("DdriIsPp", cd) || cd == 0 ||
+        (reorder && (!order || (int64_t)order->size() != (int64_t)count))) {
         std::fprintf(stderr, "vorta: xf_do: internal error, wrong argument: cd = %c\n", cd);
         return;
     }
-    if (mode == 1 && (cd == 'D' || cd == 'I' || cd == 'P') && count == 0)
+    if (mode == 1 && (cd == 'D' || cd == 'I' || reorder) && count == 0)
         return;
     if (mode == 1 && xf->chgcount < 0)
         xf->chgcount = 0;
     xfjentry *e = nullptr;
     if (mode == 1 || mode == 2) {
-        e = &journal_entry(cd, li, cd == 'd' || cd == 'r' || cd == 'i' ? 1 : count, mode);
+        e = &journal_entry(reorder ? 'P' : cd, li, cd == 'd' || cd == 'r' || cd == 'i' ? 1 : count, mode);
         xf->chgcount++;
         xf->chgsince++;
     }
@@ -344,7 +345,9 @@ void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
         L[li].set_stopmark(count & 3);
         break;
     case 'P':
-        permute(L, li, count, order->data());
+    case 'p':
+        if (cd == 'P')
+            permute(L, li, count, order->data());
         adjust_points_permute(li, count, order->data());
         if (e)
             e->order.swap(*order); // the entry's own is new, so `order` ends empty

@@ -149,8 +149,15 @@ TEST_F(Scope, SortOfRepeatedKeysIsStableAroundExcludedLinesAndUndoes)
 // compare of equal first keys; a word that is no number sorts first.
 TEST_F(Scope, NumericSortOnTwoKeysTheSecondDescending)
 {
-    file({"3 10", "1 5", "3 20", "x 1", "1 7"});
+    std::vector<std::string> in = {"3 10", "1 5", "3 20", "x 1", "1 7"};
+    file(in);
     xfcmdline("nsort all 1 1 d 3 4");
     EXPECT_EQ(cmd_rc, 0);
-    EXPECT_EQ(text(), (std::vector<std::string>{"x 1", "1 7", "1 5", "3 20", "3 10"}));
+    const std::vector<std::string> sorted = {"x 1", "1 7", "1 5", "3 20", "3 10"};
+    EXPECT_EQ(text(), sorted);
+    // Sorted where they stand (all lines alike), the journal still has it.
+    ASSERT_TRUE(xf_undo());
+    EXPECT_EQ(text(), in);
+    ASSERT_TRUE(xf_redo());
+    EXPECT_EQ(text(), sorted);
 }
