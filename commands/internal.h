@@ -110,6 +110,7 @@ bool xfpat_find_back(const xfpat &p, const char *t, int32_t n, int32_t zl, int32
                      int32_t before, int32_t &ms, int32_t &me);
 // The zone of line li of the current file as byte offsets.
 void xfzone_bytes(int32_t li, int32_t &zl, int32_t &zr);
+void xfzone_bytes(const xfline &l, int32_t &zl, int32_t &zr); // of a record of this file
 // Decodes x'hex' (false: message 150 is the caller's). A 0 byte becomes a
 // line feed; a line feed in the result is refused.
 bool xfhex_decode(std::string_view in, std::string &out);

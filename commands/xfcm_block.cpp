@@ -116,7 +116,7 @@ bool name_free(const std::string &path)
 
 xfline copy_line(const xfline &l)
 {
-    xfline c{(char *)xfmalloc((size_t)l.len + 1), l.len, 0, l.selevel};
+    xfline c((char *)xfmalloc((size_t)l.len + 1), l.len, 0, l.selevel);
     std::memcpy(c.text, l.text, (size_t)l.len);
     c.text[l.len] = 0;
     return c;
@@ -235,7 +235,7 @@ int64_t xfshl(int32_t a, int32_t b, int32_t n, bool keep_label)
         // Whatever stands in the n columns goes, blank or not.
         int32_t cut = at + xfcol_off(l.text + at, l.len - at, n, xf->utf8);
         t.assign(l.text, (size_t)at);
-        t.append(l.text + std::min(cut, l.len), (size_t)(l.len - std::min(cut, l.len)));
+        t.append(l.text + std::min<int32_t>(cut, l.len), (size_t)(l.len - std::min<int32_t>(cut, l.len)));
         if (!xf->keepblanks)
             while (!t.empty() && t.back() == ' ')
                 t.pop_back();
@@ -302,7 +302,7 @@ int64_t xfcase_lines(int32_t a, int32_t b, bool upper)
         int32_t zl, zr;
         xfzone_bytes(li, zl, zr);
         t.assign(l.text, (size_t)l.len);
-        if (fold(t, (size_t)std::min(zl, l.len), (size_t)std::min(zr, l.len), upper)) {
+        if (fold(t, (size_t)std::min<int32_t>(zl, l.len), (size_t)std::min<int32_t>(zr, l.len), upper)) {
             xf_do('r', t, li, upper ? "xfcm_upper:41" : "xfcm_lower:41");
             changed++;
         }

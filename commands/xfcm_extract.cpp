@@ -217,7 +217,7 @@ result x_select(std::string_view)
         return std::nullopt;
     int32_t li = curline(), hi = 0;
     for (int32_t i = 0; i < nbli(); i++)
-        hi = std::max(hi, xf->lines[i].selevel);
+        hi = std::max<int32_t>(hi, xf->lines[i].selevel);
     return "2 " + num(li >= 0 && li < nbli() ? xf->lines[li].selevel : 0) + " " + num(hi);
 }
 result x_zone(std::string_view)

@@ -222,7 +222,7 @@ bool xfread_file_lines(std::string name, long first, long count, std::vector<xfl
     out.assign((size_t)n, xfline{});
     for (int32_t k = 0; k < n; k++) {
         const xfline &l = L[from + k];
-        out[(size_t)k] = {xfstrdup(std::string_view(l.text, (size_t)l.len)), l.len, 0, 0};
+        out[(size_t)k] = xfline(xfstrdup(std::string_view(l.text, (size_t)l.len)), l.len, 0, 0);
     }
     return true;
 }

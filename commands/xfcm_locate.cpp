@@ -177,7 +177,7 @@ bool line_is(int cls, int32_t li)
                     return true;
         return false;
     case 2:
-        return xf->lines[li].stopmark == 2;
+        return xf->lines[li].stopmark() == 2;
     case 3:
         return !xfinscope(li);
     default: // 4 a label named with a leading dot, 5 one without

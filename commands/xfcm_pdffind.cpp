@@ -274,11 +274,11 @@ void cols(const psearch &s, int32_t li, int32_t &lo, int32_t &hi)
 {
     const xfline &l = xf->lines[li];
     if (s.col1 > 0) {
-        lo = std::min(l.len, xfcol_off(l.text, l.len, s.col1 - 1, xf->utf8));
-        hi = s.col2 > 0 ? std::min(l.len, xfcol_off(l.text, l.len, s.col2, xf->utf8)) : l.len;
+        lo = std::min<int32_t>(l.len, xfcol_off(l.text, l.len, s.col1 - 1, xf->utf8));
+        hi = s.col2 > 0 ? std::min<int32_t>(l.len, xfcol_off(l.text, l.len, s.col2, xf->utf8)) : l.len;
     } else {
         xfzone_bytes(li, lo, hi);
-        lo = std::min(lo, l.len);
+        lo = std::min<int32_t>(lo, l.len);
     }
 }
 

@@ -56,7 +56,7 @@ std::string cols(int32_t li, int32_t ca, int32_t cb, bool pad)
         int32_t a = xfcol_off(l.text, l.len, ca, xf->utf8);
         int32_t b = cb < 0 ? l.len : xfcol_off(l.text, l.len, cb, xf->utf8);
         if (a < l.len && b > a)
-            s.assign(l.text + a, (size_t)(std::min(b, l.len) - a));
+            s.assign(l.text + a, (size_t)(std::min<int32_t>(b, l.len) - a));
     }
     if (pad && cb >= 0) {
         int32_t have = xfcol_len(s.data(), (int32_t)s.size(), xf->utf8);
@@ -170,7 +170,7 @@ int fold_sel(bool upper)
         int32_t ca = xfsel.kind == 3 || li == a ? xfsel.c1 - 1 : 0;
         int32_t cb = xfsel.c2 < 0 || (xfsel.kind != 3 && li != xfsel.l2 - 1) ? -1 : xfsel.c2;
         int32_t oa = xfcol_off(l.text, l.len, ca, xf->utf8);
-        int32_t ob = cb < 0 ? l.len : std::min(l.len, xfcol_off(l.text, l.len, cb, xf->utf8));
+        int32_t ob = cb < 0 ? l.len : std::min<int32_t>(l.len, xfcol_off(l.text, l.len, cb, xf->utf8));
         if (oa >= ob)
             continue;
         std::string t(l.text, (size_t)l.len);

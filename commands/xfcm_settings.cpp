@@ -492,17 +492,19 @@ int xfcm_select(const xfcmd &c)
     std::string_view ops = c.ops();
     std::string_view w = xfword(ops);
     int32_t li = curline();
-    int32_t *lv = li >= 0 && li < nbli() ? &xf->lines[li].selevel : nullptr;
+    xfline *l = li >= 0 && li < nbli() ? &xf->lines[li] : nullptr;
+    int32_t lv = l ? (int32_t)l->selevel : 0;
     if (w.empty())
-        return xfreport(std::to_string(lv ? *lv : 0) + " " + std::to_string(xv->select_new));
+        return xfreport(std::to_string(lv) + " " + std::to_string(xv->select_new));
     bool rel = w[0] == '+' || w[0] == '-';
     long n;
     if (!xfop_number(rel ? w.substr(1) : w, 0, 32767, n) || !xftrim(ops).empty())
         return rel && xftrim(ops).empty() ? 1 : xfbad();
-    if (!lv)
+    if (!l)
         return 1;
-    int32_t nv = rel ? *lv + (w[0] == '-' ? -(int32_t)n : (int32_t)n) : (int32_t)n;
-    *lv = std::max(0, nv);
+    // A level stays within 0 and the highest one, however far it is moved.
+    int64_t nv = rel ? (int64_t)lv + (w[0] == '-' ? -n : n) : n;
+    l->selevel = (uint32_t)std::clamp<int64_t>(nv, 0, 2147483647);
     return 1;
 }
 

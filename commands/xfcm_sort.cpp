@@ -1,11 +1,16 @@
 // SOrt and NSort: the lines in scope of a range rearranged by keys of
 // columns, as text or as numbers. Lines out of scope keep their places.
 //
-// Only the lines' order changes: the sort works on a compact array of
-// (key chunk, line) pairs, refining equal chunks with the next bytes of the
-// key (a radix sort on seven bytes at a time), and the result is handed to
-// the store as one permutation, which the journal keeps as the order alone.
-// Equal keys keep their order, so sorting on one key after another works.
+// A file of millions of lines is sorted with one array of four bytes a line
+// beside it, the order that the store applies and the journal then keeps.
+// The sort itself runs on the line records in the store's own array, so a
+// compare reaches the texts directly.  For its time each record carries, in
+// place of its level, its offset in the range, which tells equal keys apart
+// (they keep their order, so sorting on one key after another works) and
+// names the line in the end; the levels and marks wait in the order array.
+// The texts then go back where they were and the store makes the move
+// itself, through the one path that journals a change.  NSort reads the
+// first key's number of each line once, not at every compare.
 #include "commands/commands.h"
 #include "commands/handlers.h"
 #include "commands/internal.h"
@@ -24,131 +29,280 @@ struct sort_key {
     bool down;     // descending
 };
 
-// A line's place in the sort: seven bytes of its key and, in the lowest
-// byte, how many of them are real (7: the key goes on), so that one integer
-// compare orders both the bytes and a key that ends before another.
-#pragma pack(push, 4)
-struct elem {
-    uint64_t chunk; // key bytes, big-endian, and their count
-    int32_t li;     // the line
-};
-#pragma pack(pop)
-static_assert(sizeof(elem) == 12, "the array stays small for millions of lines");
-
-constexpr int CHUNK = 7;
-
-bool numeric = false; // NSort
-bool fold = false;    // CASE SIGNORE: letters compare folded
-
-bool whole_zone = true; // the zone is the whole line: no need to ask for it
-
-// The bytes of key k of a line: [a, b).
-void key_bytes(const xfline &l, int32_t li, const sort_key &k, int32_t &a, int32_t &b)
+// Whether the first n bytes are all single-byte characters: then, even in
+// a UTF-8 file, a column is a byte, and a compare (which asks for the key's
+// columns again each time) needs no decoding.
+bool ascii(const char *t, int32_t n)
 {
-    int32_t zl = 0, zr = l.len;
-    if (!whole_zone)
-        xfzone_bytes(li, zl, zr);
-    if (k.col1 == 0) {
-        a = zl;
-        b = zr;
-    } else if (xf->utf8) {
-        a = xfcol_off(l.text, l.len, k.col1 - 1, true);
-        b = k.col2 ? xfcol_off(l.text, l.len, k.col2, true) : zr;
-    } else {
-        a = k.col1 - 1;
-        b = k.col2 ? k.col2 : zr;
-    }
-    a = std::min(a, l.len);
-    b = std::max(a, std::min(b, l.len));
+    for (int32_t i = 0; i < n; i++)
+        if ((unsigned char)t[i] >= 0x80)
+            return false;
+    return true;
 }
 
-// Numbers order as their values; anything that is no number comes first.
-uint64_t number_chunk(const char *t, int32_t n)
-{
-    char buf[80];
-    int32_t i = 0;
-    while (i < n && t[i] == ' ')
-        i++;
-    int32_t m = std::min<int32_t>(n - i, (int32_t)sizeof buf - 1);
-    std::memcpy(buf, t + i, (size_t)m);
-    buf[m] = 0;
-    char *end;
-    double v = std::strtod(buf, &end);
-    if (end == buf || v != v)
-        return 0;
-    uint64_t bits;
-    std::memcpy(&bits, &v, sizeof bits);
-    bits = bits >> 63 ? ~bits : bits | (1ULL << 63);
-    return bits | 1; // never 0, the value of no number
-}
+// How two records compare; `selevel` holds the offset of the line.
+struct order_by {
+    const std::vector<sort_key> &keys;
+    bool numeric;               // NSort
+    bool fold;                  // CASE SIGNORE: letters compare folded
+    bool whole_zone;            // the zone is the whole line: no need to ask for it
+    std::vector<uint64_t> num0; // NSort: the first key's value, by offset
 
-uint64_t text_chunk(const char *t, int32_t n, int32_t off)
-{
-    uint64_t c = 0;
-    int32_t got = std::max(0, std::min(CHUNK, n - off));
-    if (got == CHUNK && !fold) {
-        // Seven whole bytes: one load, in the order a compare wants.
-        unsigned char b[8] = {0};
-        std::memcpy(b, t + off, CHUNK);
-        for (int i = 0; i < CHUNK; i++)
-            c = (c << 8) | b[i];
-        return c << 8 | (uint64_t)CHUNK;
-    }
-    for (int32_t i = 0; i < CHUNK; i++) {
-        unsigned char ch = i < got ? (unsigned char)t[off + i] : 0;
-        if (fold && ch >= 'A' && ch <= 'Z')
-            ch = (unsigned char)(ch + 32);
-        c = (c << 8) | ch;
-    }
-    return c << 8 | (uint64_t)got;
-}
-
-uint64_t chunk_of(int32_t li, const sort_key &k, int32_t off)
-{
-    const xfline &l = xf->lines[li];
-    int32_t a, b;
-    key_bytes(l, li, k, a, b);
-    uint64_t c = numeric ? number_chunk(l.text + a, b - a) : text_chunk(l.text + a, b - a, off);
-    return k.down ? ~c : c;
-}
-
-// A stretch of the array still to be ordered, by key `key` from byte `off`.
-struct task {
-    size_t b, e;
-    size_t key;
-    int32_t off;
-};
-
-void sort_elems(std::vector<elem> &v, const std::vector<sort_key> &keys)
-{
-    std::vector<task> todo{{0, v.size(), 0, 0}};
-    auto by_chunk = [](const elem &x, const elem &y) { return x.chunk < y.chunk; };
-    auto by_line = [](const elem &x, const elem &y) { return x.li < y.li; };
-    while (!todo.empty()) {
-        task t = todo.back();
-        todo.pop_back();
-        if (t.key >= keys.size()) {
-            std::sort(v.begin() + (long)t.b, v.begin() + (long)t.e, by_line);
-            continue;
+    // The bytes of key k of a line: [a, b).
+    void key_bytes(const xfline &l, const sort_key &k, int32_t &a, int32_t &b) const
+    {
+        int32_t len = l.len;
+        int32_t zl = 0, zr = len;
+        if (!whole_zone)
+            xfzone_bytes(l, zl, zr);
+        if (k.col1 == 0) {
+            a = zl;
+            b = zr;
+        } else if (xf->utf8 && !ascii(l.text, std::min(len, k.col2 ? k.col2 : len))) {
+            a = xfcol_off(l.text, len, k.col1 - 1, true);
+            b = k.col2 ? xfcol_off(l.text, len, k.col2, true) : zr;
+        } else {
+            a = k.col1 - 1;
+            b = k.col2 ? k.col2 : zr;
         }
-        const sort_key &k = keys[t.key];
-        for (size_t i = t.b; i < t.e; i++)
-            v[i].chunk = chunk_of(v[i].li, k, t.off);
-        std::sort(v.begin() + (long)t.b, v.begin() + (long)t.e, by_chunk);
-        for (size_t i = t.b; i < t.e;) {
-            size_t j = i + 1;
-            while (j < t.e && v[j].chunk == v[i].chunk)
-                j++;
-            if (j - i > 1) {
-                // Equal so far: a full chunk goes on in the same key, a
-                // key that ended goes on to the next key.
-                uint64_t c = k.down ? ~v[i].chunk : v[i].chunk;
-                bool more = !numeric && (c & 0xff) == CHUNK;
-                todo.push_back({i, j, more ? t.key : t.key + 1, more ? t.off + CHUNK : 0});
+        a = std::min(a, len);
+        b = std::max(a, std::min(b, len));
+    }
+
+    // Numbers order as their values; anything that is no number comes first.
+    uint64_t number(const xfline &l, const sort_key &k) const
+    {
+        int32_t a, b;
+        key_bytes(l, k, a, b);
+        const char *t = l.text + a;
+        int32_t n = b - a;
+        char buf[80];
+        int32_t i = 0;
+        while (i < n && t[i] == ' ')
+            i++;
+        int32_t m = std::min<int32_t>(n - i, (int32_t)sizeof buf - 1);
+        std::memcpy(buf, t + i, (size_t)m);
+        buf[m] = 0;
+        char *end;
+        double v = std::strtod(buf, &end);
+        if (end == buf || v != v)
+            return 0;
+        uint64_t bits;
+        std::memcpy(&bits, &v, sizeof bits);
+        bits = bits >> 63 ? ~bits : bits | (1ULL << 63);
+        return bits | 1; // never 0, the value of no number
+    }
+
+    // Bytes in order, a key that ends first sorting first.
+    int text_cmp(const char *p, int32_t n, const char *q, int32_t m) const
+    {
+        int32_t c = std::min(n, m);
+        if (!fold) {
+            if (int r = std::memcmp(p, q, (size_t)c))
+                return r;
+        } else {
+            for (int32_t i = 0; i < c; i++) {
+                unsigned char x = (unsigned char)p[i], y = (unsigned char)q[i];
+                x = x >= 'A' && x <= 'Z' ? (unsigned char)(x + 32) : x;
+                y = y >= 'A' && y <= 'Z' ? (unsigned char)(y + 32) : y;
+                if (x != y)
+                    return x < y ? -1 : 1;
             }
-            i = j;
+        }
+        return n < m ? -1 : n > m ? 1 : 0;
+    }
+
+    int key_cmp(const xfline &x, const xfline &y, size_t ki) const
+    {
+        const sort_key &k = keys[ki];
+        int r;
+        if (numeric) {
+            uint64_t u = ki == 0 ? num0[x.selevel] : number(x, k);
+            uint64_t v = ki == 0 ? num0[y.selevel] : number(y, k);
+            r = u < v ? -1 : u > v ? 1 : 0;
+        } else {
+            int32_t a, b, c, d;
+            key_bytes(x, k, a, b);
+            key_bytes(y, k, c, d);
+            r = text_cmp(x.text + a, b - a, y.text + c, d - c);
+        }
+        return k.down ? -r : r;
+    }
+
+    // The keys alone: equal keys give 0.
+    int operator()(const xfline &x, const xfline &y) const
+    {
+        for (size_t ki = 0; ki < keys.size(); ki++)
+            if (int r = key_cmp(x, y, ki))
+                return r;
+        return 0;
+    }
+};
+
+// What moves when the texts go back: all of a record but its level and
+// the low bit of its mark, which never left their slots.
+struct head {
+    char *text;
+    uint32_t len, mark_hi;
+};
+head head_of(const xfline &l) { return {l.text, l.len, l.mark_hi}; }
+void set_head(xfline &l, const head &h)
+{
+    l.text = h.text;
+    l.len = h.len;
+    l.mark_hi = h.mark_hi;
+}
+
+// The record in slot k came from slot o[k]: it goes back there, each cycle
+// followed once, a slot done marked by a complemented entry until the end.
+void put_back(xfline *r, std::vector<int32_t> &o)
+{
+    int32_t n = (int32_t)o.size();
+    for (int32_t k = 0; k < n; k++) {
+        if (o[(size_t)k] < 0 || o[(size_t)k] == k)
+            continue;
+        head carry = head_of(r[k]);
+        int32_t j = k;
+        do {
+            int32_t d = o[(size_t)j];
+            o[(size_t)j] = ~d;
+            head next = head_of(r[d]);
+            set_head(r[d], carry);
+            carry = next;
+            j = d;
+        } while (j != k);
+    }
+    for (auto &x : o)
+        if (x < 0)
+            x = ~x;
+}
+
+// A quick sort in three parts, keys less than, equal to and greater than
+// the pivot's: lines of equal keys are gathered at once and then put in
+// order by their offsets alone, which reaches no text (keys that repeat
+// over a large file would otherwise send every compare to two texts far
+// apart).  The pivot is the median of three; too deep a recursion ends in
+// a heap sort, and short runs in an insertion sort.  While a partition
+// scans the records, the texts a few records ahead are fetched into the
+// cache: that is where the time of a large sort goes.
+template <class Cmp> void sort_records(xfline *a, xfline *b, const Cmp &cmp, int depth)
+{
+    constexpr ptrdiff_t ahead = 8;
+    auto less = [&cmp](const xfline &x, const xfline &y) {
+        int c = cmp(x, y);
+        return c ? c < 0 : x.selevel < y.selevel;
+    };
+    auto by_offset = [](const xfline &x, const xfline &y) { return x.selevel < y.selevel; };
+    while (b - a > 16) {
+        if (depth-- == 0) {
+            std::make_heap(a, b, less);
+            std::sort_heap(a, b, less);
+            return;
+        }
+        xfline *x = a, *y = a + (b - a) / 2, *z = b - 1;
+        const xfline &mid = less(*x, *y) ? (less(*y, *z) ? *y : less(*x, *z) ? *z : *x)
+                                         : (less(*x, *z) ? *x : less(*y, *z) ? *z : *y);
+        const xfline pivot = mid;
+        xfline *lt = a, *i = a, *gt = b;
+        while (i < gt) {
+            if (gt - i > ahead) {
+                __builtin_prefetch(i[ahead].text);
+                __builtin_prefetch(gt[-ahead].text);
+            }
+            int c = cmp(*i, pivot);
+            if (c < 0)
+                std::swap(*lt++, *i++);
+            else if (c > 0)
+                std::swap(*i, *--gt);
+            else
+                i++;
+        }
+        std::sort(lt, gt, by_offset);
+        // The smaller side by recursion, the larger in this loop.
+        if (lt - a < b - gt) {
+            sort_records(a, lt, cmp, depth);
+            a = gt;
+        } else {
+            sort_records(gt, b, cmp, depth);
+            b = lt;
         }
     }
+    std::sort(a, b, less);
+}
+
+// The order of the lines [first, first+n) by the keys, for xf_do code 'P':
+// the lines in scope take the sorted lines' places in turn, the others stay.
+// `placed` says that the lines stand in that order already (code 'p').
+std::vector<int32_t> sorted_order(int32_t first, int32_t n, order_by &by, bool &placed)
+{
+    bool all = xv->scope == 1;
+    std::vector<int32_t> o((size_t)n);
+    xfline *r = xf->lines.span(first, n);
+    // Each record lends its level and low mark bit to the order array and
+    // takes its offset instead; those in scope gather at the front, still
+    // in file order (the scope is asked before a record is touched).
+    int32_t m = 0;
+    bool same = true; // every line has the same level and mark
+    for (int32_t k = 0; k < n; k++) {
+        bool in = all || xfinscope(first + k);
+        o[(size_t)k] = (int32_t)(r[k].selevel | (uint32_t)r[k].mark_lo << 31);
+        same = same && o[(size_t)k] == o[0] && r[k].mark_hi == r[0].mark_hi;
+        r[k].selevel = (uint32_t)k;
+        if (in)
+            std::swap(r[m++], r[k]);
+    }
+    if (by.numeric) {
+        by.num0.assign((size_t)n, 0);
+        for (int32_t j = 0; j < m; j++)
+            by.num0[r[j].selevel] = by.number(r[j], by.keys[0]);
+    }
+    int depth = 0;
+    for (int32_t k = m; k > 1; k >>= 1)
+        depth += 2;
+    const sort_key &k0 = by.keys[0];
+    if (by.keys.size() == 1 && k0.col1 == 0 && by.whole_zone && !by.numeric && !by.fold) {
+        // The plain SORT of whole lines: the texts compared as they are.
+        bool down = k0.down;
+        auto whole = [down](const xfline &x, const xfline &y) {
+            int32_t xn = x.len, yn = y.len;
+            int c = std::memcmp(x.text, y.text, (size_t)std::min(xn, yn));
+            if (c == 0)
+                c = xn < yn ? -1 : xn > yn ? 1 : 0;
+            return down ? -c : c;
+        };
+        sort_records(r, r + m, whole, depth);
+    } else {
+        sort_records(r, r + m, by, depth);
+    }
+    std::vector<uint64_t>().swap(by.num0);
+    // When all lines are in scope and alike in level and mark (a file sorted
+    // whole, as a rule), the records stand where they belong: each takes the
+    // common level back and the order array learns whose record it is.
+    placed = m == n && same;
+    if (placed) {
+        uint32_t lent = (uint32_t)o[0];
+        for (int32_t k = 0; k < n; k++) {
+            o[(size_t)k] = (int32_t)r[k].selevel;
+            r[k].selevel = lent & 0x7fffffffu;
+            r[k].mark_lo = lent >> 31;
+        }
+        return o;
+    }
+    // Every slot takes back its own level and mark; the order array learns
+    // whose record stands in the slot.
+    for (int32_t k = 0; k < n; k++) {
+        uint32_t from = r[k].selevel, lent = (uint32_t)o[(size_t)k];
+        r[k].selevel = lent & 0x7fffffffu;
+        r[k].mark_lo = lent >> 31;
+        o[(size_t)k] = (int32_t)from;
+    }
+    put_back(r, o);
+    // The sorted lines go to the places in scope in turn.  Filled from the
+    // end, an entry is read before its slot is written over.
+    int32_t s = m;
+    for (int32_t k = n - 1; k >= 0; k--)
+        o[(size_t)k] = all || xfinscope(first + k) ? o[(size_t)--s] : k;
+    return o;
 }
 
 // "[range] [keys]": the lines, the keys. False after message 16 or 58.
@@ -221,28 +375,12 @@ int sort(const xfcmd &c, bool num)
     n = std::max<int64_t>(0, std::min<int64_t>(n, (int64_t)nbli() - first));
     if (n < 2)
         return 1;
-    numeric = num;
-    fold = xf->case_s == 0;
     const int32_t *z = xv->perfile[(size_t)xfidx].zone;
-    whole_zone = z[0] <= 1 && z[1] <= 0;
-    std::vector<elem> v;
-    v.reserve((size_t)n);
-    for (int32_t li = first; li < first + n; li++)
-        if (xv->scope == 1 || xfinscope(li))
-            v.push_back({0, li});
-    sort_elems(v, keys);
-    // The lines in scope take the sorted lines' places in turn; the others
-    // stay where they are.
-    std::vector<int32_t> order((size_t)n);
-    for (int32_t k = 0; k < (int32_t)n; k++)
-        order[(size_t)k] = k;
-    size_t s = 0;
-    for (int32_t k = 0; k < (int32_t)n; k++)
-        if (xv->scope == 1 || xfinscope(first + k))
-            order[(size_t)k] = v[s++].li - first;
-    std::vector<elem>().swap(v);
-    xf_do('P', nullptr, first, (int32_t)n, 1, nullptr, num ? "xfcm_nsort:274" : "xfcm_sort:274",
-          order.data());
+    order_by by{keys, num, xf->case_s == 0, z[0] <= 1 && z[1] <= 0, {}};
+    bool placed;
+    std::vector<int32_t> order = sorted_order(first, (int32_t)n, by, placed);
+    xf_do(placed ? 'p' : 'P', nullptr, first, (int32_t)n, 1, nullptr, num ? "xfcm_nsort:274" : "xfcm_sort:274",
+          &order);
     return 1;
 }
 

@@ -331,14 +331,15 @@ bool xfpat_find_back(const xfpat &p, const char *t, int32_t n, int32_t zl, int32
     return found;
 }
 
-void xfzone_bytes(int32_t li, int32_t &zl, int32_t &zr)
+void xfzone_bytes(int32_t li, int32_t &zl, int32_t &zr) { xfzone_bytes(xf->lines[li], zl, zr); }
+
+void xfzone_bytes(const xfline &l, int32_t &zl, int32_t &zr)
 {
-    const xfline &l = xf->lines[li];
     const int32_t *z = xv->perfile[(size_t)xfidx].zone;
     // Past the text's end a column is one byte, so a zone that starts
     // beyond a short line lies beyond its length.
     zl = z[0] <= 1 ? 0 : xfcol_off(l.text, l.len, z[0] - 1, xf->utf8);
-    zr = z[1] <= 0 ? l.len : std::min(l.len, xfcol_off(l.text, l.len, z[1], xf->utf8));
+    zr = z[1] <= 0 ? l.len : std::min<int32_t>(l.len, xfcol_off(l.text, l.len, z[1], xf->utf8));
 }
 
 bool xfhex_decode(std::string_view in, std::string &out)
@@ -410,7 +411,7 @@ void join_lines(const xfpat &p, int32_t li, joined &j)
         int32_t zl, zr;
         xfzone_bytes(li + k, zl, zr);
         const xfline &l = xf->lines[li + k];
-        std::string_view part(l.text + std::min(zl, l.len), (size_t)std::max(0, std::min(zr, l.len) - std::min(zl, l.len)));
+        std::string_view part(l.text + std::min<int32_t>(zl, l.len), (size_t)std::max(0, std::min<int32_t>(zr, l.len) - std::min<int32_t>(zl, l.len)));
         if (part == " ")
             part = {};
         if (k > 0 && span_blank) {

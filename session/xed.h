@@ -31,12 +31,34 @@ extern void (*xfnomem_hook)(int reason); // recovery of changed files
 // Lines.  A line is one slot of the store: its heap text (NUL-ended, but its
 // length is authoritative: binary lines may hold NUL bytes), its length, its
 // stop mark and its selection level.
+//
+// A large file holds millions of these, so the record is kept to 16 bytes:
+// the length (at most xfmax_cols) and the level (0 to 2147483647) need 31
+// bits each, and the stop mark's two bits fill their two words.  Neither
+// field can be bound to a reference or have its address taken; reading one
+// gives an int, as before.
 struct xfline {
-    char *text;        // heap text owned by the line
-    int32_t len;       // byte length of text
-    int32_t stopmark;  // 0..3, set through xf_do code 's'
-    int32_t selevel;   // selection level (SET SELECT)
+    char *text;             // heap text owned by the line
+    uint32_t len : 31;      // byte length of text
+    uint32_t mark_hi : 1;   // stop mark, high bit: see stopmark()
+    uint32_t selevel : 31;  // selection level (SET SELECT), never negative
+    uint32_t mark_lo : 1;   // stop mark, low bit
+
+    xfline() = default;
+    xfline(char *t, int32_t n, int32_t mark, int32_t level)
+        : text(t), len((uint32_t)n), mark_hi(0), selevel((uint32_t)level), mark_lo(0)
+    {
+        set_stopmark(mark);
+    }
+    // The mark is 0..3, set through xf_do code 's'.
+    int32_t stopmark() const { return (int32_t)(mark_hi << 1 | mark_lo); }
+    void set_stopmark(int32_t m)
+    {
+        mark_hi = (uint32_t)(m >> 1) & 1;
+        mark_lo = (uint32_t)m & 1;
+    }
 };
+static_assert(sizeof(xfline) == 16, "a line record stays at 16 bytes");
 
 // The four line arrays as one gapped array: inserting or deleting near the
 // same place repeatedly costs only the lines between the gap and the edit
@@ -54,6 +76,7 @@ public:
     const xfline &operator[](int32_t i) const { return buf_[i < gap0_ ? i : i + gaplen_]; }
 
     void reserve(int32_t cap);          // capacity at least cap
+    xfline *span(int32_t at, int32_t n); // slots [at, at+n) as one run, the gap moved aside
     void open(int32_t at, int32_t n);   // n zeroed slots before index `at`
     void close(int32_t at, int32_t n);  // remove n slots from `at` (texts untouched)
 
@@ -300,10 +323,13 @@ extern std::vector<xfextdef> ext_tabs, ext_case, ext_lrecl, ext_trunc,
 // The line store.
 // Code 'P' rearranges the `count` lines from li in place, pointers only:
 // line li+k becomes the line that stood at li+order[k] (`order` is a
-// permutation of 0..count-1); nothing is copied and the journal keeps
-// only the order.
+// permutation of 0..count-1); nothing is copied, and a journalled change
+// takes `order` itself into the journal, leaving it empty.  Code 'p' is the
+// same change made already by the caller on the records in place (a sort
+// of a whole range): the store journals it as 'P' and moves what refers to
+// the lines, without moving the lines a second time.
 void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
-           xfline *lines, const char *tag, const int32_t *order = nullptr);
+           xfline *lines, const char *tag, std::vector<int32_t> *order = nullptr);
 void xf_do(char cd, std::string_view text, int32_t li, const char *tag); // mode 1 r/i
 void xfcheckroom(int32_t extra);
 void xfshift_down(int32_t after, int32_t n);

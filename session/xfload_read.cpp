@@ -241,6 +241,8 @@ int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st)
     bool cr = false;
     char *p = buf, *end = buf + n;
     // Slots are opened a chunk at a time; the unused rest is closed after.
+    // The chunk is small: its slots are written at once, and those of the
+    // last chunk that no line takes would stay in memory for nothing.
     int32_t used = L.size();
     auto store = [&](char *text, int64_t len) {
         if (used == L.size()) {
@@ -249,7 +251,7 @@ int xfreadlines(int fd, xflines &L, xftextblock &blk, xfreadstate &st)
                 if (est < est_cap)
                     est *= 2;
             }
-            L.open(used, std::min<int32_t>(65536, L.capacity() - 1 - used));
+            L.open(used, std::min<int32_t>(1024, L.capacity() - 1 - used));
         }
         L[used++] = {text, (int32_t)len, 0, sel};
     };

@@ -269,7 +269,7 @@ std::string line_text(int32_t li, int32_t col0, int width)
     if (a >= l.len)
         return std::string();
     int32_t b = a + xfcol_off(l.text + a, l.len - a, width, xf->utf8);
-    return std::string(l.text + a, (size_t)(std::min(b, l.len) - a));
+    return std::string(l.text + a, (size_t)(std::min<int32_t>(b, l.len) - a));
 }
 
 void compose_view(page_builder &pb)

@@ -39,6 +39,14 @@ void xflines::reserve(int32_t cap)
     cap_ = cap;
 }
 
+xfline *xflines::span(int32_t at, int32_t n)
+{
+    // Only a gap inside the run moves, to whichever end is nearer.
+    if (gap0_ > at && gap0_ < at + n)
+        movegap(gap0_ - at < at + n - gap0_ ? at : at + n);
+    return buf_ + (at < gap0_ ? at : at + gaplen_);
+}
+
 void xflines::open(int32_t at, int32_t n)
 {
     if (n <= 0)
@@ -117,19 +125,19 @@ int32_t treat(char *&text, int32_t len)
     return len;
 }
 
-// Follows each cycle of the permutation once, moving one line at a time;
-// a bit per line says which are in place already.
-void permute(xflines &L, int32_t li, int32_t count, const int32_t *order)
+// Follows each cycle of the permutation once, moving one line at a time.
+// A slot filled has its entry complemented (negative) until the end, which
+// tells the cycles already done apart without an array beside the order.
+void permute(xflines &L, int32_t li, int32_t count, int32_t *order)
 {
-    std::vector<bool> done((size_t)count);
     for (int32_t k = 0; k < count; k++) {
-        if (done[(size_t)k] || order[k] == k)
+        if (order[k] < 0 || order[k] == k)
             continue;
         xfline first = L[li + k];
         int32_t j = k;
         for (;;) {
-            done[(size_t)j] = true;
             int32_t from = order[j];
+            order[j] = ~from;
             if (from == k) {
                 L[li + j] = first;
                 break;
@@ -138,6 +146,9 @@ void permute(xflines &L, int32_t li, int32_t count, const int32_t *order)
             j = from;
         }
     }
+    for (int32_t k = 0; k < count; k++)
+        if (order[k] < 0)
+            order[k] = ~order[k];
 }
 
 // The selection keeps to its text when lines before it come or go; lines
@@ -193,18 +204,22 @@ void adjust_points_insert(int32_t after, int32_t n)
 }
 
 // Named lines go with their lines through a reordering: the line that was
-// at li + order[k] is now at li + k.
+// at li + order[k] is now at li + k.  The points are few and the range may
+// be millions of lines, so the points are looked up, not the range inverted.
 void adjust_points_permute(int32_t li, int32_t count, const int32_t *order)
 {
-    auto inside = [&](const xfpoint &x) { return x.li >= li && x.li < li + count; };
-    if (std::none_of(xf->points.begin(), xf->points.end(), inside))
+    std::vector<std::pair<int32_t, size_t>> at; // old offset, point
+    for (size_t p = 0; p < xf->points.size(); p++)
+        if (xf->points[p].li >= li && xf->points[p].li < li + count)
+            at.push_back({xf->points[p].li - li, p});
+    if (at.empty())
         return;
-    std::vector<int32_t> now((size_t)count);
-    for (int32_t k = 0; k < count; k++)
-        now[(size_t)order[k]] = k;
-    for (auto &x : xf->points)
-        if (inside(x))
-            x.li = li + now[(size_t)(x.li - li)];
+    std::sort(at.begin(), at.end());
+    for (int32_t k = 0; k < count; k++) {
+        auto it = std::lower_bound(at.begin(), at.end(), std::make_pair(order[k], (size_t)0));
+        for (; it != at.end() && it->first == order[k]; ++it)
+            xf->points[it->second].li = li + k;
+    }
 }
 
 } // namespace
@@ -249,20 +264,22 @@ void xfclampcur()
 }
 
 void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
-           xfline *lines, const char *tag, const int32_t *order)
+           xfline *lines, const char *tag, std::vector<int32_t> *order)
 {
     xftrace(tag);
-    if (!std::strchr("DdriIsP", cd) || cd == 0 || (cd == 'P' && !order)) {
+    bool reorder = cd == 'P' || cd == 'p';
+    if (!std::strchr("DdriIsPp", cd) || cd == 0 ||
+        (reorder && (!order || (int64_t)order->size() != (int64_t)count))) {
         std::fprintf(stderr, "vorta: xf_do: internal error, wrong argument: cd = %c\n", cd);
         return;
     }
-    if (mode == 1 && (cd == 'D' || cd == 'I' || cd == 'P') && count == 0)
+    if (mode == 1 && (cd == 'D' || cd == 'I' || reorder) && count == 0)
         return;
     if (mode == 1 && xf->chgcount < 0)
         xf->chgcount = 0;
     xfjentry *e = nullptr;
     if (mode == 1 || mode == 2) {
-        e = &journal_entry(cd, li, cd == 'd' || cd == 'r' || cd == 'i' ? 1 : count, mode);
+        e = &journal_entry(reorder ? 'P' : cd, li, cd == 'd' || cd == 'r' || cd == 'i' ? 1 : count, mode);
         xf->chgcount++;
         xf->chgsince++;
     }
@@ -324,14 +341,16 @@ void xf_do(char cd, const char *text, int32_t li, int32_t count, int mode,
     }
     case 's':
         if (e)
-            e->oldmark = L[li].stopmark;
-        L[li].stopmark = count;
+            e->oldmark = L[li].stopmark();
+        L[li].set_stopmark(count & 3);
         break;
     case 'P':
-        permute(L, li, count, order);
-        adjust_points_permute(li, count, order);
+    case 'p':
+        if (cd == 'P')
+            permute(L, li, count, order->data());
+        adjust_points_permute(li, count, order->data());
         if (e)
-            e->order.assign(order, order + count);
+            e->order.swap(*order); // the entry's own is new, so `order` ends empty
         break;
     }
     xfclampcur();

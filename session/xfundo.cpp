@@ -24,7 +24,7 @@ void fresh(std::vector<xfline> &v)
 {
     int32_t sel = xv ? xv->select_new : 0;
     for (auto &l : v) {
-        l.stopmark = 0;
+        l.set_stopmark(0);
         l.selevel = sel;
     }
 }
@@ -63,7 +63,7 @@ void reverse(xfjentry &e, xfjentry &r)
         std::vector<int32_t> back(e.order.size());
         for (size_t k = 0; k < e.order.size(); k++)
             back[(size_t)e.order[k]] = (int32_t)k;
-        xf_do('P', nullptr, e.line, (int32_t)back.size(), 0, nullptr, "xf_undo:80", back.data());
+        xf_do('P', nullptr, e.line, (int32_t)back.size(), 0, nullptr, "xf_undo:80", &back);
         r.order = std::move(e.order);
         break;
     }
@@ -145,7 +145,7 @@ bool xf_redo()
             xf_do('I', nullptr, r.line, (int32_t)r.old.size(), 2, r.old.data(), "xf_redo:32");
             break;
         case 'P':
-            xf_do('P', nullptr, r.line, (int32_t)r.order.size(), 2, nullptr, "xf_redo:36", r.order.data());
+            xf_do('P', nullptr, r.line, (int32_t)r.order.size(), 2, nullptr, "xf_redo:36", &r.order);
             break;
         default:
             xf_do(r.code, nullptr, r.line, r.nlines, 2, nullptr, "xf_redo:34");

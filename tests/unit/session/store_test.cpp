@@ -40,11 +40,30 @@ TEST_F(Store, ReplaceAndStopMark)
     xf_do('r', xfstrdup("new"), 0, 1, 1, nullptr, "t");
     EXPECT_EQ(text()[0], "new");
     xf_do('s', nullptr, 0, 3, 1, nullptr, "t");
-    EXPECT_EQ(xf->lines[0].stopmark, 3);
+    EXPECT_EQ(xf->lines[0].stopmark(), 3);
     ASSERT_EQ(xf->journal.undo.size(), 2u);
     EXPECT_EQ(xf->journal.undo[1].oldmark, 0);
     ASSERT_EQ(xf->journal.undo[0].old.size(), 1u);
     EXPECT_STREQ(xf->journal.undo[0].old[0].text, "old"); // the old text lives on
+}
+
+// The record packs the stop mark beside the length and the level: the
+// longest line and the highest level sit next to every mark untouched.
+TEST_F(Store, RecordHoldsTheLongestLineAndHighestLevelBesideEachMark)
+{
+    for (int32_t mark = 0; mark < 4; mark++) {
+        xfline l(nullptr, xfmax_cols, mark, 2147483647);
+        EXPECT_EQ((int32_t)l.len, xfmax_cols);
+        EXPECT_EQ((int32_t)l.selevel, 2147483647);
+        EXPECT_EQ(l.stopmark(), mark);
+        l.set_stopmark(3 - mark);
+        l.len = 0;
+        l.selevel = 0;
+        EXPECT_EQ(l.stopmark(), 3 - mark);
+        l.len = (uint32_t)xfmax_cols;
+        EXPECT_EQ(l.stopmark(), 3 - mark);
+        EXPECT_EQ((int32_t)l.selevel, 0);
+    }
 }
 
 TEST_F(Store, UnknownCodeChangesNothing)

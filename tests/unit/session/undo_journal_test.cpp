@@ -117,19 +117,19 @@ TEST_F(Undo, StopMarksAndRestoredLines)
 {
     command();
     xf_do('s', nullptr, 2, 3, 1, nullptr, "t");
-    EXPECT_EQ(xf->lines[2].stopmark, 3);
+    EXPECT_EQ(xf->lines[2].stopmark(), 3);
     command();
     xf_do('d', nullptr, 2, 1, 1, nullptr, "t");
     xv->select_new = 7;
     xf_undo();
     EXPECT_EQ(text(), "l0,l1,l2,l3,l4");
-    EXPECT_EQ(xf->lines[2].stopmark, 0) << "a line brought back has no stop mark";
+    EXPECT_EQ(xf->lines[2].stopmark(), 0) << "a line brought back has no stop mark";
     EXPECT_EQ(xf->lines[2].selevel, 7) << "and the view's selection level";
     xf_do('s', nullptr, 2, 3, 0, nullptr, "t");
     xf_undo();
-    EXPECT_EQ(xf->lines[2].stopmark, 0) << "the mark's own undo gives the old mark";
+    EXPECT_EQ(xf->lines[2].stopmark(), 0) << "the mark's own undo gives the old mark";
     xf_redo();
-    EXPECT_EQ(xf->lines[2].stopmark, 3);
+    EXPECT_EQ(xf->lines[2].stopmark(), 3);
 }
 
 TEST_F(Undo, ANewGroupDropsRedoButNotWithinAGroup)
