@@ -12,7 +12,7 @@
 #include "fields/plat.h"
 #include "fields/dialogs/dialogs.h"
 #include "fields/plat_term/plat_term.h"
-#include "fields/plat_qt/plat_qt.h"
+#include "session/xfwindow_load.h"
 
 #include <cerrno>
 #include <climits>
@@ -42,10 +42,6 @@ void xftimeload_start();
 void xfcrash_install();
 // Weak: programs linked without the terminal layer (the unit tests) find none.
 fs_plat *fs_plat_term(fs_term_gonehook onhangup, std::string &err) __attribute__((weak));
-fs_plat *fs_plat_qt(int argc, char **argv, fs_qt_gonehook ongone, std::string &err)
-    __attribute__((weak));
-bool fs_qt_display() __attribute__((weak));
-bool fs_qt_named() __attribute__((weak));
 
 void xfqueue(std::string_view text) { cmd_queue.emplace_back(text); }
 void xfqueue_clear() { cmd_queue.clear(); }
@@ -488,11 +484,10 @@ int xfmain(int argc, char **argv)
     for (auto &w : words)
         av.push_back(const_cast<char *>(w.c_str()));
     av.push_back(nullptr);
-    if (!batch && o.keys.empty() && !term && fs_plat_qt && fs_qt_named()) {
+    if (!batch && o.keys.empty() && !term && xfwindow_named()) {
         std::string why = "the display does not answer";
         // When the display goes, every changed file is kept as a ".check" copy.
-        if (fs_qt_display())
-            layer = fs_plat_qt((int)words.size(), av.data(), xfendsig_rescue, why);
+        layer = xfwindow_open((int)words.size(), av.data(), xfendsig_rescue, why);
         window = layer != nullptr;
         if (!layer)
             std::fprintf(stderr, "vorta: no window (%s): the terminal is used\n", why.c_str());

@@ -80,3 +80,10 @@ bool fs_qt_named() {
   const char *w = getenv("WAYLAND_DISPLAY"), *d = getenv("DISPLAY");
   return (w && *w) || (d && *d);
 }
+
+// The module's entry points, found by name when the editor loads the window
+// layer (plain names: the loader does not know the language's mangling).
+extern "C" bool xed_qt_display() { return fs_qt_display(); }
+extern "C" fs_plat *xed_qt_open(int argc, char **argv, fs_qt_gonehook ongone, std::string *err) {
+  return fs_plat_qt(argc, argv, ongone, *err);
+}

@@ -3,6 +3,7 @@
 // through the toolkit and read back as the field manager's codes, the menus,
 // the close box, resizing and fonts.
 #include "tests/unit/window/win_start.h"
+#include "fields/dialogs/dialogs.h"
 #include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
