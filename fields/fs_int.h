@@ -119,6 +119,7 @@ struct fs_state {
   int movetab[9][4];                // field movement keys: code, shift, ctrl, alt
   int rightpos = 0;                 // button 3 positions the cursor
   int leftpos = 1;                  // button 1 positions the cursor
+  int clickpos = 1;                 // 0: neither button positions (a list's read)
   long clickdelay = 50000;          // in units of 10 microseconds
   long lastclick = -1;              // time of the last positioning click, same units
   int chord[3] = {0, 0, 0};         // two buttons that together act as the third

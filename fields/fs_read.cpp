@@ -194,7 +194,7 @@ int press(const fs_event &e, int b) {
   }
   bool noclick = f && (f->flags & FSF_NOCLICK);
   if (plain && !altd(e) && !noclick) {
-    bool positions = (fs.rightpos && b == 3) || (fs.leftpos && b == 1);
+    bool positions = fs.clickpos && ((fs.rightpos && b == 3) || (fs.leftpos && b == 1));
     if (positions && fs.leftpos && b == 1) {
       long now = evtime(e);
       if (fs.lastclick >= 0 && now - fs.lastclick < fs.clickdelay) {
@@ -269,7 +269,7 @@ int drag(const fs_event &e) {
   if (!fs.btn_down) return -1;
   if (std::abs(e.x - fs.drag_x) < 2 && std::abs(e.y - fs.drag_y) < 2) return -1;
   if (fs.btn_eaten) {
-    if (fs.rightpos && fs.btn_down == 3 && !shiftd(e) && !ctrld(e)) {
+    if (fs.clickpos && fs.rightpos && fs.btn_down == 3 && !shiftd(e) && !ctrld(e)) {
       p.cur_line = line;
       p.cur_col = col;
       skipright();
@@ -642,6 +642,8 @@ int asfmousemode(const char *mode) {
     }
   return 1;
 }
+
+void asfclickpos(int on) { fs.clickpos = on != 0; }
 
 void asfclickdelay(double seconds) { fs.clickdelay = long(seconds * 100000 + 0.5); }
 

@@ -185,9 +185,13 @@ int run_level(size_t depth)
         int code = 0, value = 0, mod = 0;
         // The right button is the list's own, for its sort menu: the
         // editor's pop-up does not open over the list.
+        // Clicks never move the cursor here: the list takes every press
+        // itself, whatever the mouse mode of the editor's page says.
         fs_menuhook menus = as_menuhook;
         as_menuhook = nullptr;
+        asfclickpos(0);
         asread(&code, &value, &mod);
+        asfclickpos(1);
         as_menuhook = menus;
         int r = cursor_row();
         if (r >= 0)

@@ -590,6 +590,16 @@ TEST_F(Input, MouseModesAndClicks) {
   EXPECT_EQ(col(), 11);
   EXPECT_EQ(read("click 5 2").code, 20);
   EXPECT_EQ(asfmousemode("bogus"), 1);
+  // With positioning switched off no button moves the cursor: the press
+  // comes back to the caller, and switched on again the mode holds.
+  asfclickpos(0);
+  r = read("click 5 15 3");
+  EXPECT_EQ(r.code, 20);
+  EXPECT_EQ(r.value, 3);
+  EXPECT_EQ(col(), 11);
+  asfclickpos(1);
+  read("click 5 13 3\nkey enter");
+  EXPECT_EQ(col(), 13);
   // Releases are reported only with asfupm.
   read("key enter");  // the release of the last click goes unreported
   asfupm(1);
