@@ -120,7 +120,18 @@ int bu_dy_ascl(int h, int n, const std::string &text, int at, int select);  // a
 int bu_dy_dscl(int h, int n, int line, int count);
 int bu_dy_pscl(int h, int n, int line);
 int bu_dy_rscl(int h, int n, int line, const std::string &text);
-int bu_dy_sscl(int h, int n, std::vector<std::string> lines, int sort);
+// The list's lines, sifted by dy_sift with the pattern and keep_first, and
+// sorted when sort is not 0.
+int bu_dy_sscl(int h, int n, std::vector<std::string> lines, int sort,
+               const std::string &pattern = "*", bool keep_first = false);
+// Lines kept by a pattern: alternatives separated by ";", each a wildcard
+// ("*", "?", "[...]") for the whole line or "r/" and an extended regular
+// expression found in the line; "*" keeps all, and so does a pattern with
+// an alternative that does not compile. With keep_first the first line is
+// kept, and stays first, whatever the pattern; with sort the others are
+// sorted by bytes.
+std::vector<std::string> dy_sift(std::vector<std::string> lines, const std::string &pattern,
+                                 bool keep_first, bool sort);
 int dy_sheader(int h, const std::string &text);
 int dy_sfocus(int h, int item);  // item: from 1 in description order
 
@@ -201,9 +212,11 @@ int dy_ask(const std::string &title, const std::string &label, std::string &text
 
 // ---- the file box ----------------------------------------------------------------
 
-// What the file box asks for: a file that exists, or a name to write (in a
-// folder that exists).
-enum dy_filemode : int { DY_FOPEN = 0, DY_FSAVE = 1 };
+// What the file box asks for: a file that exists, a name to write (in a
+// folder that exists), or a folder that exists. The folder box lists only
+// folders; choosing one walks into it, and OK takes the folder named on
+// the line or, with the line empty, the folder shown.
+enum dy_filemode : int { DY_FOPEN = 0, DY_FSAVE = 1, DY_FFOLDER = 2 };
 // Asks for a file in a box that lists a folder's entries and walks the
 // folders. from is where it starts: a folder, "//last" for the folder the
 // previous file box ended in, "" (or a folder that is not there) the

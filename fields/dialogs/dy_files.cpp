@@ -1,7 +1,8 @@
 // The file box: a folder's entries in a list (folders first, marked with a
 // "/", ".." to go up), a line for the name, OK and Cancel. Choosing a folder
 // lists it; choosing a file puts its name on the line, and choosing it again
-// takes it. The same box asks for a name to open and a name to write.
+// takes it. The same box asks for a name to open and a name to write, and,
+// listing folders only, for a folder.
 #include "fields/dialogs/dy_int.h"
 #include "fields/fields.h"
 #include "fields/fs_int.h"
@@ -32,9 +33,10 @@ bool is_file(const std::string &path) {
 }
 
 // The folder's entries: ".." unless at the root, then folders, then the
-// rest, each sorted by bytes. False when the folder cannot be read: only
-// ".." is offered then, so that the user can always get out.
-bool entries(const std::string &folder, std::vector<std::string> &out) {
+// rest (unless only folders are asked for), each sorted by bytes. False
+// when the folder cannot be read: only ".." is offered then, so that the
+// user can always get out.
+bool entries(const std::string &folder, bool folders_only, std::vector<std::string> &out) {
   out.clear();
   if (folder != "/") out.push_back("../");
   DIR *d = opendir(folder.c_str());
@@ -49,7 +51,7 @@ bool entries(const std::string &folder, std::vector<std::string> &out) {
   std::sort(dirs.begin(), dirs.end());
   std::sort(files.begin(), files.end());
   for (std::string &n : dirs) out.push_back(n + "/");
-  out.insert(out.end(), files.begin(), files.end());
+  if (!folders_only) out.insert(out.end(), files.begin(), files.end());
   return true;
 }
 
@@ -128,7 +130,8 @@ int dy_filebox(int mode, const std::string &title, const std::string &from, std:
     if (is_folder(full.substr(0, s ? s : 1))) folder = full.substr(0, s ? s : 1), name = full.substr(s + 1);
   }
   std::vector<std::string> list;
-  bool readable = entries(folder, list);
+  bool folders = mode == DY_FFOLDER;
+  bool readable = entries(folder, folders, list);
   dy_modal how;
   how.picks = true;
   how.panel_keys = true;
@@ -147,7 +150,18 @@ int dy_filebox(int mode, const std::string &title, const std::string &from, std:
     std::string picked = l.cursor < int(l.lines.size()) ? l.lines[size_t(l.cursor)] : "";
     complaint.clear();
     how.focus = I_NAME;
-    if (answer == DY_PICK || answer == DY_PICK2) {
+    if (folders && (answer == DY_PICK || answer == DY_PICK2)) {
+      name = picked;  // every line is a folder: choosing one walks into it
+    } else if (folders) {
+      // OK takes the folder named on the line, or the one shown.
+      std::string full = resolve(folder, name);
+      if (!is_folder(full)) {
+        complaint = "Folder not found";
+        continue;
+      }
+      last_folder = path = full;
+      return 1;
+    } else if (answer == DY_PICK || answer == DY_PICK2) {
       bool again = picked == name;
       if (!picked.empty() && picked.back() != '/' && !again && answer == DY_PICK) {
         name = picked;  // a file is taken when it is chosen a second time
@@ -165,13 +179,14 @@ int dy_filebox(int mode, const std::string &title, const std::string &from, std:
       folder = full;
       name.clear();
       cursor = top = 0;
-      readable = entries(folder, list);
+      readable = entries(folder, folders, list);
       how.focus = I_LIST;
       continue;
     }
     size_t s = full.rfind('/');
     std::string dir = full.substr(0, s ? s : 1);
-    if (mode == DY_FOPEN ? !is_file(full) : !is_folder(dir)) {
+    // The folder box takes no file, even one chosen on a list gone stale.
+    if (folders || (mode == DY_FOPEN ? !is_file(full) : !is_folder(dir))) {
       complaint = mode == DY_FOPEN ? "File not found" : "Folder not found";
       continue;
     }

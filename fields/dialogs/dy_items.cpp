@@ -179,12 +179,12 @@ int bu_dy_rscl(int h, int n, int line, const std::string &text) {
   return 0;
 }
 
-int bu_dy_sscl(int h, int n, std::vector<std::string> lines, int sort) {
+int bu_dy_sscl(int h, int n, std::vector<std::string> lines, int sort, const std::string &pattern,
+               bool keep_first) {
   dy_box *b = nullptr;
   dy_item *it = item("bu_dy_sscl", h, DY_KSCL, n, &b);
   if (!it) return -1;
-  if (sort) std::sort(lines.begin(), lines.end());
-  it->lines = std::move(lines);
+  it->lines = dy_sift(std::move(lines), pattern, keep_first, sort != 0);
   it->on.assign(it->lines.size(), 0);
   it->top = it->cursor = 0;
   dy_view_changed(*b);

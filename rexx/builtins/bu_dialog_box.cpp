@@ -4,7 +4,6 @@
 // bell, repaint, the hand-out of events).
 #include <cstring>
 #include <strings.h>
-#include <unistd.h>
 
 #include "fields/dialogs/dialogs.h"
 #include "fields/fields.h"
@@ -294,13 +293,14 @@ int bu_dy_clip(bu_frame& f, value& r) {
   return 0;
 }
 
-// DY_FOLDER([title]): a folder chosen by the user, "" when none was.
+// DY_FOLDER([title]): the full path of a folder chosen by the user in the
+// file box, listing folders only and starting in the working folder; ""
+// when none was.
 int bu_dy_folder(bu_frame& f, value& r) {
   if (int e = bu_dy_needs(f, f.argc <= 1, "needs 0 to 1 arguments.")) return e;
   std::string title = bu_has(f, 0) ? std::string(bu_text(f, 0)) : "Select a Folder";
-  char cwd[1200] = "";
-  std::string path = getcwd(cwd, sizeof cwd) ? cwd : "";
-  if (dy_ask(title, "Folder:", path) != 1) path.clear();
+  std::string path;
+  if (dy_filebox(DY_FFOLDER, title, "", path) != 1) path.clear();
   r.set_str(path);
   return 0;
 }

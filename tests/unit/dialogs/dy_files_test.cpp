@@ -84,6 +84,26 @@ TEST_F(FileBox, SaveTakesANewNameOnlyInAFolderThatExists) {
   EXPECT_EQ(path, std::string(cwd) + "/n.txt");
 }
 
+TEST_F(FileBox, FolderBoxWalksFoldersOnlyAndTakesTheOneShownOrTyped) {
+  std::string path;
+  // The list holds ../ and sub/. In sub/ it holds ../ alone (no b.txt to
+  // move down to), which goes back up; Enter takes the folder shown.
+  ASSERT_EQ(ask(DY_FFOLDER, dir, path,
+                "key uparrow\nkey downarrow\nkey space\nkey downarrow\nkey space\nkey enter"),
+            1);
+  EXPECT_EQ(path, dir);
+  EXPECT_EQ(dy_lastfolder(), dir);
+  // A folder typed is taken as it is, not walked into.
+  path.clear();
+  ASSERT_EQ(ask(DY_FFOLDER, dir, path, "type sub\nkey enter"), 1);
+  EXPECT_EQ(path, dir + "/sub");
+  // A file or a name that is not there is refused; Escape then cancels.
+  path.clear();
+  EXPECT_EQ(ask(DY_FFOLDER, dir, path, "type a.txt\nkey enter\nkey escape"), 0);
+  EXPECT_EQ(ask(DY_FFOLDER, dir, path, "type gone\nkey enter\nkey escape"), 0);
+  EXPECT_TRUE(path.empty());
+}
+
 TEST_F(FileBox, ModalEndsOnAListClickOnlyWhenAskedTo) {
   dy_item l = dy_text_item(DY_KSCL, 1, 0, "");
   l.lines = {"p", "q"};

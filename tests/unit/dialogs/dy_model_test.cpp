@@ -2,6 +2,7 @@
 // timing, callbacks that destroy boxes, placement on a small screen, the
 // field page that a box becomes without a window, and alerts.
 #include "fields/dialogs/dialogs.h"
+#include "fields/dialogs/dy_int.h"
 #include "tests/unit/fields/fs_fixture.h"
 
 namespace {
@@ -137,6 +138,9 @@ TEST_F(Events, ItemsOfAKindAreNumberedApart) {
   EXPECT_STREQ(as_lastmsg, "bu_dy_rscl: invalid \"2\" line number");
   EXPECT_EQ(bu_dy_sscl(h, 2, {"z"}, 0), -1);
   EXPECT_STREQ(as_lastmsg, "bu_dy_sscl: invalid \"2\" scrolled list number");
+  // Lines set with a pattern are sifted, the first kept first when asked.
+  EXPECT_EQ(bu_dy_sscl(h, 1, {"Title", "b", "c", "a"}, 1, "c;a", true), 0);
+  EXPECT_EQ(dy_find(h)->items[2].lines, (std::vector<std::string>{"Title", "a", "c"}));
   EXPECT_EQ(dy_Cbutton(h, 2, std::array<int, 6>{1, 2, 3, 4, 5, 6}.data()), 0);
   EXPECT_EQ(dy_Cbutton(h, 3, std::array<int, 6>{}.data()), -1);
   EXPECT_STREQ(as_lastmsg, "dy_Cbutton: invalid \"3\" button number");
