@@ -5,8 +5,8 @@
 // then where it is installed.
 #include "fields/plat_qt/plat_qt.h"
 #include "session/xfwindow_load.h"
+#include "platform/platform.h"
 
-#include <climits>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <string>
@@ -16,18 +16,6 @@ namespace {
 
 typedef fs_plat *(*make_fn)(int, char **, fs_qt_gonehook, std::string *);
 typedef bool (*display_fn)();
-
-// The folder of the running program, from the kernel's link to it.
-std::string program_dir()
-{
-    char buf[PATH_MAX];
-    ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
-    if (n <= 0)
-        return ".";
-    std::string p(buf, (size_t)n);
-    size_t slash = p.rfind('/');
-    return slash == std::string::npos ? "." : p.substr(0, slash);
-}
 
 } // namespace
 
@@ -39,8 +27,10 @@ bool xfwindow_named()
 
 fs_plat *xfwindow_open(int argc, char **argv, fs_qt_gonehook ongone, std::string &why)
 {
-    std::string dir = program_dir();
-    const std::string places[] = {dir + "/libxed_qt.so", dir + "/../lib/vorta/libxed_qt.so"};
+    std::string dir = pl_exedir();
+    if (dir.empty())
+        dir = "./";
+    const std::string places[] = {dir + "libxed_qt.so", dir + "../lib/vorta/libxed_qt.so"};
     void *mod = nullptr;
     std::string err;
     for (const std::string &p : places) {

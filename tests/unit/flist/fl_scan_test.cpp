@@ -69,6 +69,19 @@ protected:
                 return i;
         return size_t(-1);
     }
+    // Sorts the level by each code in turn and compares the names shown.
+    struct order_case {
+        int code;                       // the sort asked for
+        std::vector<std::string> want;  // the names in the order expected
+    };
+    static void expect_orders(fl_level &lv, std::initializer_list<order_case> cases)
+    {
+        for (const auto &c : cases) {
+            lv.sort = c.code;
+            fl_sort(lv);
+            EXPECT_EQ(shown(lv), c.want) << "sort code " << c.code;
+        }
+    }
 };
 
 using names = std::vector<std::string>;
@@ -142,10 +155,7 @@ TEST_F(FlScan, EverySortKeepsTheParentOnTop)
     make("ab", 5, 4000);
     fl_level &lv = level();
     ASSERT_EQ(fl_scan(lv), 0);
-    const struct {
-        int code;
-        names want;
-    } cases[] = {
+    expect_orders(lv, {
         {FL_BYNAME, {"..", "a.yy", "ab", "b.zz", "c.xx"}},
         {FL_BYNAME | FL_REVERSED, {"..", "c.xx", "b.zz", "ab", "a.yy"}},
         {FL_BYTYPE, {"..", "ab", "c.xx", "a.yy", "b.zz"}},
@@ -154,12 +164,7 @@ TEST_F(FlScan, EverySortKeepsTheParentOnTop)
         {FL_BYSIZE | FL_REVERSED, {"..", "b.zz", "c.xx", "a.yy", "ab"}},
         {FL_BYTIME, {"..", "a.yy", "c.xx", "b.zz", "ab"}},
         {FL_BYTIME | FL_REVERSED, {"..", "ab", "b.zz", "c.xx", "a.yy"}},
-    };
-    for (const auto &c : cases) {
-        lv.sort = c.code;
-        fl_sort(lv);
-        EXPECT_EQ(shown(lv), c.want) << "sort code " << c.code;
-    }
+    });
 }
 
 // Names alike in their first eight bytes, and sizes all equal: the rest of
@@ -173,20 +178,12 @@ TEST_F(FlScan, TiesGoByTheWholeName)
     make("x.a", 7, 1000);
     fl_level &lv = level();
     ASSERT_EQ(fl_scan(lv), 0);
-    const struct {
-        int code;
-        names want;
-    } cases[] = {
+    expect_orders(lv, {
         {FL_BYSIZE, {"..", "longname_a.b", "longname_a.c", "longname_b.c", "x.a"}},
         {FL_BYTIME | FL_REVERSED, {"..", "x.a", "longname_b.c", "longname_a.c", "longname_a.b"}},
         {FL_BYTYPE, {"..", "x.a", "longname_a.b", "longname_a.c", "longname_b.c"}},
         {FL_BYNAME | FL_REVERSED, {"..", "x.a", "longname_b.c", "longname_a.c", "longname_a.b"}},
-    };
-    for (const auto &c : cases) {
-        lv.sort = c.code;
-        fl_sort(lv);
-        EXPECT_EQ(shown(lv), c.want) << "sort code " << c.code;
-    }
+    });
     lv.sort = FL_BYSIZE;
     fl_sort(lv);
     make("longname_aa", 7, 1000);
