@@ -214,6 +214,8 @@ int one_command(size_t i, const std::string &typed)
     // argument. SHEll or XSHell on the line runs a system command asked
     // for by name.
     may_system = 0;
+    // Its failure shows on the line (`?`), not on the editor's command line.
+    no_redisplay = 1;
     xfcom2(cmd);
     watch.report();
     return cmd_rc != 0 && cmd_rc != 2;
