@@ -6,6 +6,7 @@
 // Items of a kind are numbered from 1 in the order they were described; the
 // getters and setters take that number, the events report it.
 #pragma once
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -149,6 +150,31 @@ const std::string &dy_font();
 // The same as a field manager call, with its errors: 0, or 1 with the
 // message and code set.
 int asffont_dy(const char *font);
+
+// ---- the box as a dialog template --------------------------------------------
+//
+// The header and the controls of a box in dialog units, and the 16-bit words
+// of the whole template. A debugging aid: see dy_template.cpp.
+struct dy_tpl_control {
+  uint32_t style = 0;
+  int16_t x = 0, y = 0, cx = 0, cy = 0;
+  uint16_t id = 0;
+  uint16_t cls = 0;  // the class's atom
+  std::string text;
+};
+struct dy_tpl {
+  uint32_t style = 0;
+  int16_t x = 0, y = 0, cx = 0, cy = 0;
+  std::string caption;
+  uint16_t point = 0;
+  std::string face;
+  std::vector<dy_tpl_control> controls;
+  std::vector<uint16_t> words;
+};
+dy_tpl dy_template(const dy_box &b);
+std::string dy_template_dump(const dy_tpl &t);
+// With XED_DIALOG_DUMP naming a file, appends the box's dump to it.
+void dy_template_trace(const dy_box &b);
 
 // ---- events ------------------------------------------------------------------
 //

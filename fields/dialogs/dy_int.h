@@ -13,3 +13,5 @@ void dy_forget(int h);
 
 // The pieces of s between the separators.
 std::vector<std::string> dy_split(const std::string &s, char sep);
+// The columns and lines an item covers, from the box's corner.
+void dy_extent(const dy_item &it, int &right, int &bottom);

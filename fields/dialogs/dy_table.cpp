@@ -23,8 +23,10 @@ constexpr int CELL_H = 16;  // cell size assumed when no screen tells us
 int len(const std::string &s) { return int(s.size()); }
 int ceil_of(double d) { return d <= 0 ? 0 : int(d + 0.999); }
 
+}  // namespace
+
 // The columns and lines an item covers, from the box's corner.
-void extent(const dy_item &it, int &right, int &bottom) {
+void dy_extent(const dy_item &it, int &right, int &bottom) {
   int x = ceil_of(it.x), y = ceil_of(it.y);
   switch (it.kind) {
     case DY_KLABEL:
@@ -60,6 +62,8 @@ void extent(const dy_item &it, int &right, int &bottom) {
       break;
   }
 }
+
+namespace {
 
 void cell_size(int &w, int &h, int &cols, int &lines) {
   w = CELL_W, h = CELL_H, cols = 0, lines = 0;
@@ -129,7 +133,7 @@ int dy_make(std::vector<dy_item> items, const dy_opts &o) {
   for (dy_item &it : b->items) {
     it.control = control++;
     int r = 0, bt = 0;
-    extent(it, r, bt);
+    dy_extent(it, r, bt);
     right = std::max(right, r);
     bottom = std::max(bottom, bt);
     widest = std::max(widest, len(it.text));
@@ -140,6 +144,7 @@ int dy_make(std::vector<dy_item> items, const dy_opts &o) {
   b->focus = -1;
   for (size_t i = 0; i < b->items.size() && b->focus < 0; i++)
     if (b->items[i].kind != DY_KLABEL) b->focus = int(i);
+  dy_template_trace(*b);
   int h = b->handle;
   boxes[h] = std::move(b);
   return h;
