@@ -100,6 +100,9 @@ const fl_action *fl_menu_action(std::string_view text)
 
 void fl_menu_run(fl_level &lv, std::string_view text, int entry)
 {
+    // What an earlier action said is no longer news.
+    lv.msg.clear();
+    lv.notes.clear();
     if (const fl_action *a = fl_menu_action(text))
         run(lv, *a, entry);
     else if (!xftrim(text).empty())

@@ -6,9 +6,12 @@
 #include "commands/commands.h"
 #include "flist/flist.h"
 #include "session/xed.h"
+#include "session/xfkeys.h"
 #include "session/xfpage.h"
 
 #include <QAction>
+#include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QMenuBar>
 #include <QTimer>
 #include <fstream>
@@ -55,8 +58,20 @@ class FlistWindow : public ::testing::Test {
     char *argv[] = {prog, nullptr};
     ASSERT_EQ(fsinit(1, argv, qw_layer), 1);
     qw_layer->show(1);
+    // The list wants 50 columns and 10 lines at least.
+    qw_layer->size(24, 80);
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 150) QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    fsresize();
     fsinit2();
-    xfini();
+    // The editor's tables as the program starts them.
+    cmd_init();
+    xfsession_reset();
+    xfkeys_init();
+    xfrexx_init();
+    xfdialog_init();
+    xfcmdline("synonym quit 4 command aquit");
     xfgeom(true);
     std::vector<std::string> errors;
     auto m = fs_menuread(XED_MENU, "", errors);
@@ -66,6 +81,7 @@ class FlistWindow : public ::testing::Test {
   }
   void TearDown() override {
     fs_menuset(0, nullptr);
+    qw_layer->size(10, 40);
     fsend();
     if (chdir(old.c_str()) != 0) ADD_FAILURE() << "back to " << old;
     (void)!system(("rm -rf '" + dir + "'").c_str());
