@@ -19,6 +19,9 @@
 //   resize ROWS COLS       the window now has this grid
 //   focus in|out           the window gains or loses the input focus
 //   close                  the close box
+//   menu TITLE             the item of the menu bar (else of the page's pop-up
+//                          menu) titled TITLE (to the end of the line) chosen
+//   tool N                 the tool bar's button at position N (from 0) pressed
 //   wait MS                nothing happens for a while (ends a read with a
 //                          time-out when one is set)
 //   settle                 the children started so far have ended and all
@@ -131,6 +134,17 @@ bool number(const std::string &s, int &v) {
   if (s.empty() || *end) return false;
   v = int(n);
   return true;
+}
+
+// The id of the first item titled `title` in a menu and its sub-menus; -1
+// when there is none.
+int titled(const fs_menu *m, const std::string &title) {
+  if (!m) return -1;
+  for (auto &it : m->items) {
+    if (!it.sub && it.title == title) return it.id;
+    if (int s = titled(it.sub.get(), title); s >= 0) return s;
+  }
+  return -1;
 }
 
 }  // namespace
@@ -321,6 +335,32 @@ int fs_nullplat::exec(const std::string &line, std::string &err) {
     size(l, c);
     fs_mark(FS_MARK_RESIZE);
     marked = true;
+    return FS_WAIT_EVENT;
+  }
+  // A choice in the menus by its title, a tool bar button by its position
+  // from 0: what the window posts when the user makes them.
+  if (verb == "menu" && w.size() > 1) {
+    size_t p = line.find("menu") + 4;
+    std::string title = line.substr(line.find_first_not_of(" \t", p));
+    title.erase(title.find_last_not_of(" \t") + 1);
+    int id = titled(fs_menuget(0), title);
+    if (id < 0) id = titled(fs_menuget(1), title);
+    if (id < 0) {
+      err = "no menu item " + title;
+      return -1;
+    }
+    e.code = FSK_MENUBAR;
+    post(e, id);
+    return FS_WAIT_EVENT;
+  }
+  if (verb == "tool") {
+    int n;
+    if (w.size() != 2 || !number(w[1], n) || n < 0 || n >= FS_PASTE_ID) {
+      err = "bad tool";
+      return -1;
+    }
+    e.code = FSK_TOOLBAR;
+    post(e, n);
     return FS_WAIT_EVENT;
   }
   if (verb == "focus") {

@@ -62,9 +62,7 @@ bool fl_sort_menu(fl_level &lv)
     int code = fl_sort_action(menu(sort_rows, "Sort", now));
     if (code < 0)
         return false;
-    fl_fetch(lv);
-    lv.sort = code;
-    fl_sort(lv);
+    fl_resort(lv, code);
     return true;
 }
 

@@ -29,8 +29,29 @@ int fl_mode_index(std::string_view m)
     return place(m[0]) + 26 * (place(m[1]) + 1);
 }
 
+void fl_dirs_make()
+{
+    if (!fl_dirs.empty())
+        return;
+    // The working directory as it is now, by its real path: the letters
+    // `a ` keep their meaning for entries already listed after a later CD.
+    // A working directory that is gone has no path, and so matches none.
+    char buf[PATH_MAX];
+    fl_dirs.push_back(realpath(".", buf) ? std::string(buf) : std::string());
+}
+
+std::string fl_path_text()
+{
+    fl_dirs_make();
+    std::string all = ".";
+    for (size_t i = 1; i < fl_dirs.size(); i++)
+        all += ";" + fl_dirs[i];
+    return all;
+}
+
 int fl_dir_enter(const std::string &path, int &index)
 {
+    fl_dirs_make();
     if (path.size() > FL_MAXDIRLEN)
         return 3;
     // The real path: a link into a directory already listed finds its

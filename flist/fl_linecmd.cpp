@@ -34,15 +34,8 @@ struct ctx {
 
 using fn = int (*)(ctx &);
 
-int move_top(ctx &c) { c.lv.top = 0; c.lv.rebuild = true; return 0; }
-int move_bottom(ctx &c)
-{
-    c.lv.top = int(c.lv.list.count()) - fl_list_rows(fl_lay.lines);
-    if (c.lv.top < 0)
-        c.lv.top = 0;
-    c.lv.rebuild = true;
-    return 0;
-}
+int move_top(ctx &c) { fl_scroll(c.lv, 0); return 0; }
+int move_bottom(ctx &c) { fl_scroll(c.lv, int(c.lv.list.count())); return 0; }
 int refuse_e(ctx &) { fl_say("..... Use \"rm\" to delete files"); return 1; }
 int erase(ctx &c) { return fl_erase(c.lv, c.i); }
 
@@ -129,13 +122,7 @@ constexpr word words[] = {
 
 // PATH in a file-list macro: the directory table joined by `;` in the
 // order of the file modes (a, b, ... z, aa, ba, ...).
-void set_path()
-{
-    std::string all;
-    for (const std::string &d : fl_dirs)
-        all += (all.empty() ? "" : ";") + d;
-    rx_host_set("PATH", all);
-}
+void set_path() { rx_host_set("PATH", fl_path_text()); }
 
 // A `.flist` macro of that name, given the rest and the entry's path.
 bool flist_macro(const std::string &name, std::string_view rest, const std::string &path, int &result)
@@ -207,21 +194,26 @@ int one_command(size_t i, const std::string &typed)
     }
     if (!placed && text == typed)
         cmd += " " + q;
+    return fl_editor_command(cmd);
+}
+
+} // namespace
+
+int fl_editor_command(const std::string &cmd)
+{
+    message_watch watch;
     cmd_rc = 0;
-    // A word the editor has no command or macro for is refused on the
-    // line, whatever IMPcmscp says: the system would run any program the
-    // word happens to name, a typing slip included, with the file as its
-    // argument. SHEll or XSHell on the line runs a system command asked
-    // for by name.
+    // A word the editor has no command or macro for is refused in a list,
+    // whatever IMPcmscp says: the system would run any program the word
+    // happens to name, a typing slip included, with a file as its argument.
+    // SHEll or XSHell runs a system command asked for by name.
     may_system = 0;
-    // Its failure shows on the line (`?`), not on the editor's command line.
+    // Its failure shows in the list, not on the editor's command line.
     no_redisplay = 1;
     xfcom2(cmd);
     watch.report();
     return cmd_rc != 0 && cmd_rc != 2;
 }
-
-} // namespace
 
 int fl_line_command(size_t i, const std::string &typed)
 {

@@ -42,6 +42,7 @@ int setup(fl_level &lv, std::string_view args, const std::string &dir, std::stri
         return 1;
     }
     std::string where = dir;
+    fl_dirs_make(); // a mode of two letters may name the first entry
     if (w.size() == 1) {
         // One word that names a directory lists it; a path with a pattern
         // at its end lists that directory by the pattern, split at its
@@ -92,19 +93,11 @@ int cursor_row()
     return row_of_field(id);
 }
 
-void scroll_to(fl_level &lv, int top)
+// The entry of the line the cursor is on, -1 off the list.
+int cursor_entry()
 {
-    int n = int(lv.list.count());
-    int rows = std::max(1, fl_list_rows(fl_lay.lines));
-    lv.top = std::max(0, std::min(top, std::max(0, n - rows)));
-    lv.rebuild = true;
-}
-
-void resort(fl_level &lv, int code)
-{
-    fl_fetch(lv);
-    lv.sort = code;
-    fl_sort(lv);
+    int row = cursor_row();
+    return row >= 0 ? fl_lay.rows[size_t(row)].entry : -1;
 }
 
 // The function keys of the list, by number.
@@ -114,15 +107,15 @@ enum { K_NONE, K_SORTNAME, K_FILE, K_END, K_XED, K_SWITCH, K_SORTSIZE, K_UP, K_D
 void act_key(fl_level &lv, int key)
 {
     int row = cursor_row();
-    int entry = row >= 0 ? fl_lay.rows[size_t(row)].entry : -1;
+    int entry = cursor_entry();
     int rows = std::max(1, fl_list_rows(fl_lay.lines));
     switch (key) {
-    case K_SORTNAME: resort(lv, FL_BYNAME); break;
-    case K_SORTSIZE: resort(lv, FL_BYSIZE); break;
-    case K_SORTDATE: resort(lv, FL_BYTIME); break;
-    case K_SORTTYPE: resort(lv, FL_BYTYPE); break;
-    case K_UP: fl_fetch(lv); scroll_to(lv, lv.top - rows); break;
-    case K_DOWN: fl_fetch(lv); scroll_to(lv, lv.top + rows); break;
+    case K_SORTNAME: fl_resort(lv, FL_BYNAME); break;
+    case K_SORTSIZE: fl_resort(lv, FL_BYSIZE); break;
+    case K_SORTDATE: fl_resort(lv, FL_BYTIME); break;
+    case K_SORTTYPE: fl_resort(lv, FL_BYTYPE); break;
+    case K_UP: fl_fetch(lv); fl_scroll(lv, lv.top - rows); break;
+    case K_DOWN: fl_fetch(lv); fl_scroll(lv, lv.top + rows); break;
     case K_END: fl_end_level = true; break;
     case K_CANCEL: fl_end_level = fl_cancelled = true; break;
     case K_FILE: fl_fetch(lv); xfcom2("flfile"); break;
@@ -243,9 +236,16 @@ int run_level(size_t depth)
                 fl_levels[depth - 1].rebuild = true;
             break;
         }
+        case 31: case 63: // a choice in the window's menus
+            if (const char *text = fs_menucmd(value))
+                fl_menu_run(lv, text, cursor_entry());
+            break;
+        case 64:
+            fl_tool_run(lv, value, cursor_entry());
+            break;
         case FSK_WHEELUP: case FSK_WHEELDOWN:
             fl_fetch(lv);
-            scroll_to(lv, lv.top + (code == FSK_WHEELUP ? -3 : 3));
+            fl_scroll(lv, lv.top + (code == FSK_WHEELUP ? -3 : 3));
             break;
         default:
             break;

@@ -16,6 +16,14 @@ fl_layout fl_lay;
 
 int fl_list_rows(int lines) { return std::min(lines - 8, 99); }
 
+void fl_scroll(fl_level &lv, int top)
+{
+    int n = int(lv.list.count());
+    int rows = std::max(1, fl_list_rows(fl_lay.lines));
+    lv.top = std::max(0, std::min(top, std::max(0, n - rows)));
+    lv.rebuild = true;
+}
+
 namespace {
 
 enum { T_INPUT = 0, T_PROTECTED = 2 };

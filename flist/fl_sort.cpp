@@ -123,6 +123,14 @@ void fl_sort(fl_level &lv)
     lv.rebuild = true;
 }
 
+void fl_resort(fl_level &lv, int code)
+{
+    // What was typed on the lines goes with its entry, wherever it moves.
+    fl_fetch(lv);
+    lv.sort = code;
+    fl_sort(lv);
+}
+
 void fl_sort_insert(fl_level &lv, int32_t i)
 {
     fl_list &l = lv.list;

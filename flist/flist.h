@@ -14,7 +14,11 @@
 
 constexpr int FL_MAXDIRS = 701;   // directories the table holds
 constexpr int FL_MAXDIRLEN = 512; // longest directory path accepted
-extern std::vector<std::string> fl_dirs; // in the order met; the first is "."
+// The real paths in the order met; the first is the working directory as it
+// was when the table was made, which PATH and the user know as ".".
+extern std::vector<std::string> fl_dirs;
+void fl_dirs_make();        // the table with its first entry, if not made yet
+std::string fl_path_text(); // the paths joined by `;`, the first written "."
 
 // The two letters of a directory's place: "a " to "z ", then "aa", "ba", ...
 // the first letter running fastest; "??" outside the table's range.
@@ -118,6 +122,9 @@ int fl_scan(fl_level &lv);
 fl_status fl_stat_of(const std::string &path);
 // Rebuilds the display order by the level's sort code, `..` first.
 void fl_sort(fl_level &lv);
+// Sorts the shown level by the code `code`, what was typed on its lines first
+// taken into the list.
+void fl_resort(fl_level &lv, int code);
 // The place the entry `i` takes in the sorted display order.
 void fl_sort_insert(fl_level &lv, int32_t i);
 // The first lines of the entry `i` (none for what is no regular file),
@@ -167,6 +174,9 @@ void fl_idline(fl_level &lv);     // the title line
 void fl_fetch(fl_level &lv);
 // The screen rows the list has for a window of `lines` lines.
 int fl_list_rows(int lines);
+// Makes `top` the first line shown, as far as the list lets the last
+// screen be full.
+void fl_scroll(fl_level &lv, int top);
 
 // ---- the commands on lines ----------------------------------------------------
 
@@ -180,6 +190,9 @@ bool fl_run_lines();
 // One built-in or editor command on the entry `i` of the shown level; 0 when
 // it ran, 1 when its line keeps the text (the message says why).
 int fl_line_command(size_t i, const std::string &text);
+// An editor command run from the list, its message on the list's message
+// line; 0, or 1 when it failed.
+int fl_editor_command(const std::string &cmd);
 // The entry `i` opened: a directory as a new level, a file in the editor.
 int fl_open_entry(size_t i);
 // Runs a file by its type; 0 or 1 with the message set.
@@ -205,6 +218,33 @@ int fl_erase(fl_level &lv, size_t i);
 int fl_copy(fl_level &lv, size_t i, std::string_view args, bool rename);
 int fl_diff(fl_level &lv, size_t i, std::string_view args);
 void fl_say(const std::string &text); // the shown level's message line
+
+// ---- the window's menus and tool bar over a list ------------------------------
+
+// What a menu's action text does in a list.
+enum { FLA_REFRESH, FLA_SORT, FLA_TOP, FLA_BOTTOM, FLA_RETURN, FLA_LINE, FLA_FILE };
+enum : unsigned {
+    FLA_EDITOR_TOO = 1, // the editor has a command of this name and sense
+};
+struct fl_action {
+    const char *text; // the menu item's command text
+    int what;         // FLA_...
+    char sort;        // FLA_SORT: the sort menu's action for the order
+    const char *line; // FLA_LINE: the command run on the entry under the cursor
+    unsigned flags;   // FLA_EDITOR_TOO
+};
+// The action a menu text stands for, compared ignoring case and the blanks
+// around it; null for any other text.
+const fl_action *fl_menu_action(std::string_view text);
+// A menu choice over the shown level, the cursor on the entry `entry` (-1
+// when it is on no line of the list): the list's action, or any other text
+// run as an editor command.
+void fl_menu_run(fl_level &lv, std::string_view text, int entry);
+// The tool bar's button at `pos` over the shown level.
+void fl_tool_run(fl_level &lv, int pos, int entry);
+// The message for a menu text chosen in the editor that means something only
+// in a list; "" for any other text.
+std::string fl_menu_refusal(std::string_view text);
 
 // ---- the levels ---------------------------------------------------------------
 

@@ -555,8 +555,10 @@ void xfread(int toplevel)
             [[fallthrough]];
         case 31: case 63: { // a menu item or a tool bar button
             std::string cmd = xfwin_command(code, value);
-            if (cmd.empty())
+            if (cmd.empty()) { // nothing to run; a refusal may have its message
+                xfdisplay();
                 continue;
+            }
             read_cursor();
             xfack();
             cmd_queue.push_back(cmd);

@@ -5,6 +5,7 @@
 #include "commands/commands.h"
 #include "fields/fields.h"
 #include "fields/plat.h"
+#include "flist/flist.h"
 
 #include <sys/stat.h>
 
@@ -47,7 +48,15 @@ std::string xfwin_command(int code, int value)
 {
     if (code == 63 || code == 31) {
         const char *c = fs_menucmd(value);
-        return c ? c : "";
+        if (!c)
+            return "";
+        // The list's own actions share the menus; in the editor they would
+        // be taken for other commands (a sort of the file, say).
+        if (std::string no = fl_menu_refusal(c); !no.empty()) {
+            xfmsgs(no, 1);
+            return "";
+        }
+        return c;
     }
     if (code == 64 && value >= 0 && value < 18) {
         if (!*toolcmds[value])

@@ -780,6 +780,46 @@ TEST_F(Input, ScriptErrorsAreReported) {
   EXPECT_EQ(rec->errors[2], "line 3: unknown line: frobnicate");
 }
 
+TEST_F(Input, ScriptChoosesMenuItemsByTitleAndToolBarButtonsByPosition) {
+  auto menu = [](std::vector<std::pair<const char *, const char *>> items) {
+    auto m = std::make_unique<fs_menu>();
+    auto sub = std::make_unique<fs_menu>();
+    for (auto &[title, cmd] : items) {
+      sub->items.emplace_back();
+      sub->items.back().title = title;
+      sub->items.back().command = cmd;
+    }
+    m->items.emplace_back();
+    m->items.back().title = "List";
+    m->items.back().sub = std::move(sub);
+    return m;
+  };
+  fs_menuset(0, menu({{"Refresh", "REFRESH"}, {"Sort by size, reversed", "Sort by SIZE Reversed"}}));
+  fs_menuset(1, menu({{"Top", "TOP"}, {"Refresh", "the pop-up's"}}));
+  result r = read("menu Sort by size, reversed  ");
+  EXPECT_EQ(r.code, 63);
+  ASSERT_NE(fs_menucmd(r.value), nullptr);
+  EXPECT_STREQ(fs_menucmd(r.value), "Sort by SIZE Reversed");
+  // The bar's item comes first; the pop-up's have codes of their own.
+  EXPECT_STREQ(fs_menucmd(read("menu Refresh").value), "REFRESH");
+  r = read("menu Top");
+  EXPECT_EQ(r.code, 31);
+  EXPECT_STREQ(fs_menucmd(r.value), "TOP");
+  r = read("tool 16");
+  EXPECT_EQ(r.code, 64);
+  EXPECT_EQ(r.value, 16);
+  EXPECT_EQ(read("tool 0").value, 0);
+  rec->errors.clear();
+  read("menu List\nmenu\ntool x\ntool -1\ntool 1 2\nkey enter");
+  // A title of a sub-menu is no item; a script's line numbers run on.
+  std::vector<std::string> said;
+  for (const std::string &e : rec->errors) said.push_back(e.substr(e.find(": ") + 2));
+  EXPECT_EQ(said, (std::vector<std::string>{"no menu item List", "unknown line: menu", "bad tool", "bad tool",
+                                            "bad tool"}));
+  fs_menuset(0, nullptr);
+  fs_menuset(1, nullptr);
+}
+
 TEST_F(Input, ReadLevelRepeatReplaysAHeldKey) {
   asfrepeat(1);
   EXPECT_EQ(read("press f2").code, 1);
