@@ -73,6 +73,7 @@ struct dy_box {
   void *view = nullptr;         // the layer's own record of the box, or null
   bool waited = false;          // someone waits for a button: it unmaps the box
   bool picks = false;           // waited: a click on a list line ends the wait too
+  bool picks2 = false;          // waited: a double click on a list line ends it
   bool panel_keys = false;      // waited: Enter presses the first button, F3 and Ctrl+C close
   int answer = 0;               // the button pressed last, from 1
   bool gone = false;            // being destroyed: the view lets go of its record
@@ -200,6 +201,7 @@ int dy_run_modal(std::vector<dy_item> &items, const std::string &title);
 struct dy_modal {
   int focus = -1;           // index in items of the item to start on; -1 the first
   bool picks = false;       // a click on a list line ends it: DY_PICK or DY_PICK2
+  bool picks2 = false;      // only a double click on a list line ends it: DY_PICK2
   bool panel_keys = false;  // Enter off a button is the first button; F3, Ctrl+C close
   int line = 0, col = 0;    // a cell from 1: the box's corner there; 0 centred
 };

@@ -40,6 +40,7 @@ int dy_run_modal(std::vector<dy_item> &items, const std::string &title, const dy
   dy_box *made = dy_find(h);
   made->waited = true;
   made->picks = how.picks;
+  made->picks2 = how.picks2;
   made->panel_keys = how.panel_keys;
   if (how.focus >= 0 && how.focus < int(made->items.size())) made->focus = how.focus;
   int geo[4];
