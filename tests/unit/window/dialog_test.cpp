@@ -25,7 +25,10 @@
 #include <QTimer>
 #include <array>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -424,6 +427,46 @@ TEST_F(DialogWindowTest, ModalQuestionsWaitInTheToolkit) {
   EXPECT_EQ(text, "docs/notes");
   settle();
   for (int h = 1; h < 1000; h++) EXPECT_EQ(qd_box(h), nullptr);  // all gone again
+}
+
+TEST_F(DialogWindowTest, PrinterBoxTakesEnterOrADoubleClick) {
+  // A printing system of two queues, the second its default, first on PATH.
+  std::string dir = ::testing::TempDir() + "printers." + std::to_string(getpid());
+  ASSERT_EQ(mkdir(dir.c_str(), 0700), 0);
+  std::ofstream(dir + "/lpstat") << "#!/bin/sh\n[ \"$1\" = -e ] && printf 'hall\\nlab\\n'\n"
+                                    "[ \"$1\" = -d ] && echo 'system default destination: lab'\nexit 0\n";
+  chmod((dir + "/lpstat").c_str(), 0755);
+  const char *was = getenv("PATH");
+  std::string path = was ? was : "";
+  setenv("PATH", (dir + ":" + path).c_str(), 1);
+  auto list = [](qdbox *d) { return static_cast<QListWidget *>(d->items[0].main); };
+  std::string queue;
+  later([list](qdbox *d) {
+    QListWidget *l = list(d);
+    EXPECT_EQ(d->windowTitle(), "Select a Printer");
+    EXPECT_EQ(l->currentRow(), 1);  // the default, chosen
+    EXPECT_TRUE(l->item(1)->isSelected());
+    QTest::keyClick(l, Qt::Key_Up);
+    QTest::keyClick(l, Qt::Key_Return);
+  });
+  EXPECT_EQ(dy_printbox("Select a Printer", queue), 1);
+  EXPECT_EQ(queue, "hall");
+  later([list](qdbox *d) {
+    QListWidget *l = list(d);
+    // As the window system gives a double click: a click, then the second press.
+    QPoint at = l->visualItemRect(l->item(1)).center();
+    QTest::mouseClick(l->viewport(), Qt::LeftButton, {}, at);
+    QTest::mouseDClick(l->viewport(), Qt::LeftButton, {}, at);
+  });
+  EXPECT_EQ(dy_printbox("Where?", queue), 1);
+  EXPECT_EQ(queue, "lab");
+  later([](qdbox *d) { QTest::keyClick(d, Qt::Key_Escape); });
+  queue.clear();
+  EXPECT_EQ(dy_printbox("Where?", queue), 0);
+  EXPECT_EQ(queue, "");
+  setenv("PATH", path.c_str(), 1);
+  unlink((dir + "/lpstat").c_str());
+  rmdir(dir.c_str());
 }
 
 TEST_F(DialogWindowTest, DestroyedFromItsOwnHandlerTheBoxGoesSafely) {
