@@ -32,13 +32,11 @@ constexpr menu_row run_rows[] = {{"&Run", 'r'}, {"&Edit", 'e'}};
 // row chosen, 0 when the menu was closed or cannot be shown.
 template <size_t N> char menu(const menu_row (&rows)[N], const std::string &title, int first)
 {
-    std::vector<dy_item> items;
-    for (size_t k = 0; k < N; k++)
-        items.push_back(dy_text_item(DY_KBUTTON, 0, double(k), rows[k].label));
-    dy_modal how;
-    how.focus = first;
-    int chosen = dy_run_modal(items, title, how);
-    return chosen >= 1 && size_t(chosen) <= N ? rows[chosen - 1].action : 0;
+    std::vector<std::string> labels;
+    for (const menu_row &r : rows)
+        labels.push_back(r.label);
+    int chosen = dy_menu(labels, title, first);
+    return chosen ? rows[chosen - 1].action : 0;
 }
 
 } // namespace

@@ -20,23 +20,45 @@ std::string trim(std::string_view s)
     return std::string(s.substr(b, e - b + 1));
 }
 
-// The printer to use, or "" when none is set up.
-std::string default_printer()
+// What the printing system's lpstat says with one option: its status (or
+// minus an errno value, -ENOENT when it is not installed) and its output.
+// A printing system that does not answer is not waited for long.
+int lpstat(const char *option, std::string &out)
+{
+    pl_run_opts o;
+    o.with_stderr = false;
+    o.max_out = 1 << 20;
+    o.timeout_ms = 10000;
+    return pl_run_capture({"lpstat", option}, out, o);
+}
+
+std::string env_printer()
 {
     for (const char *v : {"PRINTER", "LPDEST"})
         if (const char *p = std::getenv(v); p && *p)
             return p;
+    return "";
+}
+
+// The printing system's own default destination, "" none.
+std::string system_default()
+{
     std::string out;
-    pl_run_opts o;
-    o.with_stderr = false;
-    o.max_out = 4096;
-    if (pl_run_capture({"lpstat", "-d"}, out, o) != 0)
+    if (lpstat("-d", out) != 0)
         return "";
     size_t c = out.find("destination:");
     if (c == std::string::npos)
         return "";
     std::string rest = trim(std::string_view(out).substr(c + 12));
     return rest.substr(0, rest.find_first_of(" \t\n"));
+}
+
+// The printer to use, or "" when none is set up: the one the environment
+// names comes first, as it does for lp itself.
+std::string default_printer()
+{
+    std::string p = env_printer();
+    return p.empty() ? system_default() : p;
 }
 
 // A new file `base` + ".pdf" in `dir` (or base-2.pdf and so on), never
@@ -117,4 +139,29 @@ int pl_print(const pl_print_job &job, std::string &message)
 {
     std::string dest = job.dest.empty() ? default_printer() : job.dest;
     return dest.empty() ? to_pdf(job, message) : to_printer(dest, job, message);
+}
+
+int pl_print_queues(std::vector<std::string> &names, std::string &dflt)
+{
+    names.clear();
+    dflt.clear();
+    std::string out;
+    int rc = lpstat("-e", out);
+    if (rc == -ENOENT)
+        return rc;
+    // A printing system that is down answers with an error and no names.
+    size_t a = 0;
+    while (rc == 0 && a < out.size()) {
+        size_t e = out.find('\n', a);
+        if (e == std::string::npos)
+            e = out.size();
+        std::string name = trim(std::string_view(out).substr(a, e - a));
+        if (!name.empty())
+            names.push_back(name);
+        a = e + 1;
+    }
+    dflt = system_default();
+    if (dflt.empty())
+        dflt = env_printer();
+    return 0;
 }

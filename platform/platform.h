@@ -61,6 +61,10 @@ struct pl_print_job {
 // Prints the lines on a printer (through lp) or, with none set up, writes
 // them as a PDF. 0, or 1 when it failed; `message` says where or why.
 int pl_print(const pl_print_job &job, std::string &message);
+// The print queues the printing system knows (`lpstat -e`, one a line) and
+// the one it prints on by default (`lpstat -d`, else PRINTER, else LPDEST;
+// "" none). 0, or -ENOENT when the printing system's client is not there.
+int pl_print_queues(std::vector<std::string> &names, std::string &dflt);
 
 // ---- requests from outside to end ---------------------------------------------
 

@@ -74,6 +74,7 @@ struct dy_box {
   void *view = nullptr;         // the layer's own record of the box, or null
   bool waited = false;          // someone waits for a button: it unmaps the box
   bool picks = false;           // waited: a click on a list line ends the wait too
+  bool picks2 = false;          // waited: a double click on a list line ends it
   bool panel_keys = false;      // waited: Enter presses the first button, F3 and Ctrl+C close
   int answer = 0;               // the button pressed last, from 1
   bool gone = false;            // being destroyed: the view lets go of its record
@@ -226,11 +227,20 @@ int dy_run_modal(std::vector<dy_item> &items, const std::string &title);
 struct dy_modal {
   int focus = -1;           // index in items of the item to start on; -1 the first
   bool picks = false;       // a click on a list line ends it: DY_PICK or DY_PICK2
+  bool picks2 = false;      // only a double click on a list line ends it: DY_PICK2
   bool panel_keys = false;  // Enter off a button is the first button; F3, Ctrl+C close
+  int line = 0, col = 0;    // a cell from 1: the box's corner there; 0 centred
 };
 constexpr int DY_PICK = 1000;   // a list line was clicked: the list's cursor is on it
 constexpr int DY_PICK2 = 1001;  // the same line was clicked twice in a row
 int dy_run_modal(std::vector<dy_item> &items, const std::string &title, const dy_modal &how);
+// A small menu: the labels as a column of buttons, asked modally with the
+// row `first` (from 0) focused, its corner at a cell of the page (from 1)
+// or, with line 0, centred. The arrows and Enter, a click or the row's
+// marked letter choose; Escape closes. The row chosen from 1; 0 when the
+// menu was closed or cannot be shown.
+int dy_menu(const std::vector<std::string> &labels, const std::string &title, int first,
+            int line = 0, int col = 0);
 // A line of text asked for in a box with a title, a label, OK and Cancel;
 // text holds the proposal and gets the answer. 1 OK, 0 cancelled, -1 no
 // box can be shown.
@@ -250,6 +260,16 @@ enum dy_filemode : int { DY_FOPEN = 0, DY_FSAVE = 1, DY_FFOLDER = 2 };
 // chosen. 1 chosen, 0 cancelled, -1 no box can be shown.
 int dy_filebox(int mode, const std::string &title, const std::string &from, std::string &path);
 const std::string &dy_lastfolder();  // where the last file box ended, "" none yet
+
+// ---- the printer box ------------------------------------------------------------
+
+// Asks for one of the print queues in a list with the default queue
+// chosen first; Enter, OK or a double click takes the line, Escape
+// cancels. With no queue at all nothing is asked: the alert NO_PRINTER is
+// shown instead. queue gets the name. 1 chosen, 0 cancelled or no queue,
+// -1 no box can be shown.
+int dy_printbox(const std::string &title, std::string &queue);
+extern const char *const DY_NO_PRINTER;  // "No printer is installed"
 
 // ---- the field page of the terminal and headless layers ------------------------
 

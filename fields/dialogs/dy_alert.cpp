@@ -31,13 +31,16 @@ int dy_run_modal(std::vector<dy_item> &items, const std::string &title) {
 int dy_run_modal(std::vector<dy_item> &items, const std::string &title, const dy_modal &how) {
   if (no_screen()) return -1;
   dy_opts o;
-  o.centre = 1;
+  o.centre = how.line > 0 ? 0 : 1;
+  o.x = how.line > 0 ? how.col - 1 : 0;
+  o.y = how.line > 0 ? how.line - 1 : 0;
   o.grab = DY_GRAB;
   o.title = title;
   int h = dy_make(items, o);
   dy_box *made = dy_find(h);
   made->waited = true;
   made->picks = how.picks;
+  made->picks2 = how.picks2;
   made->panel_keys = how.panel_keys;
   if (how.focus >= 0 && how.focus < int(made->items.size())) made->focus = how.focus;
   int geo[4];

@@ -94,7 +94,7 @@ void dy_listclick(int h, int n, int line, long long ms) {
   dy_event(h, fmt(twice ? " %d DSC%d %d" : " %d SC%d %d", h, n, line));
   last_click = twice ? click{} : click{h, n, line, ms};
   dy_box *b = dy_find(h);
-  if (b && b->waited && b->picks) {
+  if (b && b->waited && (b->picks || (twice && b->picks2))) {
     b->answer = twice ? DY_PICK2 : DY_PICK;
     b->mapped = false;
   }

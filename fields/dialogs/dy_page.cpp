@@ -3,10 +3,12 @@
 // to the box's own handling (the read ends at each key), so that Tab and the
 // arrows move among the items, Space toggles and selects, lists scroll,
 // Enter and the buttons report, Escape cancels; a click on an item acts as
-// Space on it.
+// Space on it. The right button on a list offers its line or all its lines
+// to the clipboard, in a pop-up box read inside the box's own read.
 #include "fields/dialogs/dy_int.h"
 #include "fields/fields.h"
 #include "fields/fs_int.h"
+#include "platform/platform.h"
 
 #include <algorithm>
 #include <cctype>
@@ -37,7 +39,7 @@ struct state {
   std::vector<stop> stops;              // where the focus may stop
   int at = 0;                           // index in stops of the focus
   size_t icur = 0;                      // cursor in the focused input's text
-  bool reading = false;                 // the box's read runs
+  int box = 0;                          // the box whose keys are read now, 0 none
 };
 state st;
 
@@ -357,6 +359,45 @@ void key(dy_box &b, int ch) {
   }
 }
 
+// What the list's pop-up offers: the line under the pointer, or every line.
+struct copy_row {
+  const char *label;
+  bool all;
+};
+constexpr copy_row copy_rows[] = {{"Copy item", false}, {"Copy all", true}};
+
+// The right button pressed on a list: the pop-up at the pointer, and the
+// copy chosen onto the clipboard. The list's selection stays as it was, and
+// the box's macro hears nothing of it.
+void list_popup(dy_box &b) {
+  int id = 0, line = 0, col = 0;
+  asqmou(0, &id, &line, &col);
+  const seg *under = nullptr;
+  for (const seg &s : st.segs)
+    if (s.line == line && col >= s.col && col < s.col + s.width) under = &s;
+  if (!under || under->item < 0 || b.items[under->item].kind != DY_KSCL) return;
+  int h = b.handle, item = under->item;
+  size_t k = size_t(b.items[item].top + under->sub);
+  std::vector<const copy_row *> offered;
+  std::vector<std::string> labels;
+  for (const copy_row &r : copy_rows) {
+    if (b.items[item].lines.empty() || (!r.all && k >= b.items[item].lines.size())) continue;
+    offered.push_back(&r);
+    labels.push_back(r.label);
+  }
+  if (labels.empty()) return;
+  int chosen = dy_menu(labels, "", 0, line, col);
+  const dy_box *now = dy_find(h);  // looked up again: the box may have gone meanwhile
+  if (!chosen || !now || item >= int(now->items.size())) return;
+  const std::vector<std::string> &lines = now->items[item].lines;
+  pl_clip c;
+  if (offered[size_t(chosen - 1)]->all)
+    c.lines = lines;
+  else if (k < lines.size())
+    c.lines = {lines[k]};
+  if (!c.lines.empty()) pl_clip_set(c);
+}
+
 void click(dy_box &b, int id) {
   size_t k = size_t(id - FIRST_ID);
   if (id < FIRST_ID || k >= st.segs.size() || st.segs[k].item < 0) return;
@@ -380,12 +421,21 @@ bool read_box(int h) {
   for (int i = 0; i < int(st.stops.size()); i++)
     if (st.stops[i].item == b->focus && st.at == 0) st.at = i;
   st.icur = 0;
+  st.box = h;
   while (dy_pending() == 0 && (b = dy_find(h)) && b->mapped) {
     compose(*b);
+    // Every press is the box's: none places the cursor or opens the
+    // editor's menus under it.
+    int clickpos = fs.clickpos;
+    fs_menuhook menus = as_menuhook;
+    asfclickpos(0);
+    as_menuhook = nullptr;
     asfonekey(1);
     int code = 0, value = 0, mod = 0;
     asread(&code, &value, &mod);
     asfonekey(0);
+    asfclickpos(clickpos);
+    as_menuhook = menus;
     if (code == 23 || code == 25 || code == DY_READCODE) {
       go_on = false;
       break;
@@ -396,6 +446,8 @@ bool read_box(int h) {
       key(*b, value);
     } else if (code == 38) {
       click(*b, value);
+    } else if (code == 20 && value == 3) {
+      list_popup(*b);
     }
     if ((b = dy_find(h))) b->focus = st.stops.empty() ? -1 : st.stops[st.at].item;
   }
@@ -417,8 +469,12 @@ int dy_page_top() {
 
 int dy_page_read() {
   int h = dy_page_top();
-  if (st.reading || !h) return 0;
-  st.reading = true;
+  // Inside a box's read only a newer box (its pop-up) reads, on its own
+  // page over it; the box under it gets its keys back where it was.
+  int floor = st.box;
+  if (h <= floor) return 0;
+  state outer = std::move(st);
+  st = state{};
   // What is typed into a box is the box's: no hook of the page under it
   // takes it.
   fs_typehook under = as_typehook;
@@ -427,9 +483,9 @@ int dy_page_read() {
   asrefresh();
   st.back = fs_rows();
   // The newest box first; when it goes, the one under it takes the keys.
-  while (h && dy_pending() == 0 && read_box(h)) h = dy_page_top();
+  while (h > floor && dy_pending() == 0 && read_box(h)) h = dy_page_top();
   as_typehook = under;
-  st.reading = false;
+  st = std::move(outer);
   if (prev != FS_NOPAGE) fspsel(prev);
   return 1;
 }

@@ -261,6 +261,8 @@ int dy_setfont(const std::string &name) {
   if (ok && p && p->font_known(parts[0]) == 0) ok = false;
   if (!ok) return 1;
   font_name = name;
+  // Boxes the window already shows take the new font too.
+  for (int h : dy_handles()) dy_view_changed(*dy_find(h));
   return 0;
 }
 

@@ -30,6 +30,7 @@ class qdbox : public QDialog {
   dy_box *model;               // the box; null once it is destroyed
   std::vector<qd_item> items;  // by index in the model's items
   int cw = 9, ch = 15;         // the cell of the dialog font
+  std::string fontname;        // the dialog font's name the cell was taken from
   int focus_shown = -2;        // the model's focus last given to a control
 
  protected:
@@ -45,6 +46,8 @@ qdbox *qd_box(int h);  // the window of a box, null when it has none
 QImage qd_shot();
 
 // Between the two files of the view.
-void qd_sync(qdbox &d);  // the controls from the model
+// The controls from the model; a box made in another dialog font takes
+// the new one first, and its controls stand in the new font's cells.
+void qd_sync(qdbox &d);
 void qd_wire(qdbox &d, int i);  // the signals of item i's controls, once made
 int qd_read();                  // one wait of a box asked modally

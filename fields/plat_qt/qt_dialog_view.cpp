@@ -197,11 +197,18 @@ void sync_scl(qdbox &d, int i) {
   for (int k = 0; same && k < l->count(); k++) same = l->item(k)->text() == qs(it.lines[size_t(k)]);
   if (!same) {
     l->clear();
-    for (const std::string &t : it.lines) {
-      auto *row = new QListWidgetItem(qs(t), l);
-      row->setSizeHint(QSize(0, d.ch));
-    }
-    l->doItemsLayout();  // the scroll range of the new lines, before scrolling
+    for (const std::string &t : it.lines) new QListWidgetItem(qs(t), l);
+    v.top = -1;
+  }
+  // A line is a cell high, in the font the box has now.
+  bool tall = !same;
+  for (int k = 0; k < l->count(); k++) {
+    if (l->item(k)->sizeHint().height() == d.ch) continue;
+    l->item(k)->setSizeHint(QSize(0, d.ch));
+    tall = true;
+  }
+  if (tall) {
+    l->doItemsLayout();  // the scroll range of the lines, before scrolling
     v.top = -1;
   }
   for (int k = 0; k < l->count(); k++)
@@ -320,21 +327,28 @@ void hook(dy_box &b) {
   qd_sync(*d);
 }
 
-}  // namespace
-
-qdbox::qdbox(dy_box &b, QWidget *parent) : QDialog(parent), model(&b) {
+// The box takes the dialog font and its cell; one the window cannot make
+// is the editor's text font.
+void take_font(qdbox &d) {
   QFont f;
   qw_fontname n;
-  if (qw_font(dy_font(), f) && qw_fontparse(dy_font(), n)) {
-    cw = n.width;
-    ch = n.height;
+  d.fontname = dy_font();
+  if (qw_font(d.fontname, f) && qw_fontparse(d.fontname, n)) {
+    d.cw = n.width;
+    d.ch = n.height;
   } else {
     f = qw_layer->font_;
     f.setLetterSpacing(QFont::AbsoluteSpacing, 0);
-    cw = qw_layer->cw_;
-    ch = qw_layer->ch_;
+    d.cw = qw_layer->cw_;
+    d.ch = qw_layer->ch_;
   }
-  setFont(f);
+  d.setFont(f);
+}
+
+}  // namespace
+
+qdbox::qdbox(dy_box &b, QWidget *parent) : QDialog(parent), model(&b) {
+  take_font(*this);
   setSizeGripEnabled(false);
 }
 
@@ -352,6 +366,8 @@ void qd_sync(qdbox &d) {
   QPalette p = qw_layer->win_->palette();
   if (given(b.opts.bg)) p.setColor(QPalette::Window, colour(b.opts.bg));
   d.setPalette(p);
+  bool refont = d.fontname != dy_font();
+  if (refont) take_font(d);
   d.setFixedSize(b.cols * d.cw, b.lines * d.ch);
   for (int i = 0; i < int(b.items.size()) && i < int(d.items.size()); i++)
     kinds[std::clamp(b.items[size_t(i)].kind, 0, DY_NKINDS - 1)].sync(d, i);
@@ -360,6 +376,11 @@ void qd_sync(qdbox &d) {
     return;
   }
   show_box(d);
+  if (refont) {
+    // Grown or shrunk where it stands: the map's size follows.
+    b.pw = d.frameGeometry().width();
+    b.ph = d.frameGeometry().height();
+  }
   if (b.focus != d.focus_shown && b.focus >= 0 && b.focus < int(d.items.size())) {
     if (QWidget *w = focus_target(d.items[size_t(b.focus)])) w->setFocus(Qt::OtherFocusReason);
   }

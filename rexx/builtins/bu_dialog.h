@@ -51,6 +51,7 @@ int bu_dy_font(bu_frame& f, value& r);
 int bu_dy_header(bu_frame& f, value& r);
 int bu_dy_clip(bu_frame& f, value& r);
 int bu_dy_folder(bu_frame& f, value& r);
+int bu_dy_printer(bu_frame& f, value& r);
 int bu_dy_open(bu_frame& f, value& r);
 int bu_dy_save(bu_frame& f, value& r);
 int bu_dy_warp(bu_frame& f, value& r);

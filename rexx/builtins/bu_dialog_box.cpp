@@ -1,7 +1,7 @@
 // The calls on open dialog boxes: map and unmap, the values of the items
 // read into variables and set from the macro, the lists' lines, colours,
 // focus, font, header, and the few that need no box (clipboard, folder,
-// bell, repaint, the hand-out of events).
+// printer, bell, repaint, the hand-out of events).
 #include <cstring>
 #include <strings.h>
 
@@ -67,6 +67,17 @@ constexpr colour_row colour_calls[] = {
 };
 
 bool screen() { return fs_layer() != nullptr && !dy_noscreen; }
+
+// A box that asks for one name, with an optional title as the only
+// argument: the name chosen, "" when none was.
+int ask_name(bu_frame& f, value& r, const char* title,
+             int (*box)(const std::string& title, std::string& name)) {
+  if (int e = bu_dy_needs(f, f.argc <= 1, "needs 0 to 1 arguments.")) return e;
+  std::string name;
+  if (box(bu_has(f, 0) ? std::string(bu_text(f, 0)) : title, name) != 1) name.clear();
+  r.set_str(name);
+  return 0;
+}
 
 }  // namespace
 
@@ -297,13 +308,15 @@ int bu_dy_clip(bu_frame& f, value& r) {
 // file box, listing folders only and starting in the working folder; ""
 // when none was.
 int bu_dy_folder(bu_frame& f, value& r) {
-  if (int e = bu_dy_needs(f, f.argc <= 1, "needs 0 to 1 arguments.")) return e;
-  std::string title = bu_has(f, 0) ? std::string(bu_text(f, 0)) : "Select a Folder";
-  std::string path;
-  if (dy_filebox(DY_FFOLDER, title, "", path) != 1) path.clear();
-  r.set_str(path);
-  return 0;
+  return ask_name(f, r, "Select a Folder", [](const std::string& title, std::string& path) {
+    return dy_filebox(DY_FFOLDER, title, "", path);
+  });
 }
+
+// DY_PRINTER([title]): the name of a print queue chosen in a box that
+// offers the default queue first; "" when the box was cancelled or there is
+// no printer to choose.
+int bu_dy_printer(bu_frame& f, value& r) { return ask_name(f, r, "Select a Printer", dy_printbox); }
 
 // DY_BEEP(), DY_REFRESH(), DY_DISPATCH().
 int bu_dy_beep(bu_frame& f, value& r) {

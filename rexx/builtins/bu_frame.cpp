@@ -299,7 +299,7 @@ constexpr bu_row bu_table[] = {
     {"dy_label_color", bu_dy_colour, BU_ALIAS},
     {"dy_map", bu_dy_map, 0},
     {"dy_open", bu_dy_open, 0},
-    {"dy_printer", nullptr, 0},
+    {"dy_printer", bu_dy_printer, 0},
     {"dy_pscl", bu_dy_pscl_fn, 0},
     {"dy_rscl", bu_dy_rscl_fn, 0},
     {"dy_save", bu_dy_save, 0},

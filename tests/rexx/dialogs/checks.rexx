@@ -87,6 +87,7 @@ call expect "dy_font('Mono%bold%x%12')", 'DY_FONT(): invalid "Mono%bold%x%12" fo
 call expect "dy_header(1)", 'DY_HEADER(): needs 2 arguments.'
 call expect "dy_clip()", 'DY_CLIP(): needs 1 argument.'
 call expect "dy_folder('a', 'b')", 'DY_FOLDER(): needs 0 to 1 arguments.'
+call expect "dy_printer('a', 'b')", 'DY_PRINTER(): needs 0 to 1 arguments.'
 call expect "dy_beep(1)", 'DY_BEEP(): must receive 0 arguments.'
 /* Bad handles and item numbers: an empty result, the message on the error stream. */
 call same dy_map(h + 1), ''

@@ -244,6 +244,33 @@ TEST_F(Page, MarkedLetterPressesItsButtonAndFocusCanStartAnywhere) {
   EXPECT_EQ(form[0].text, "r");
 }
 
+TEST_F(Page, MenuStandsAtTheCellItIsAskedAt) {
+  // Its frame's corner on line 3, column 5: the first row on line 4 from
+  // column 7 on. Centred on this grid nothing of it would be there.
+  rec->script("click 4 8");
+  EXPECT_EQ(dy_menu({"One", "Two"}, "", 1, 3, 5), 1);
+  rec->script("key enter");
+  EXPECT_EQ(dy_menu({"One", "Two"}, "", 1, 3, 5), 2);  // Enter on the row focused first
+  rec->script("key escape");
+  EXPECT_EQ(dy_menu({"One", "Two"}, "", 0), 0);
+}
+
+TEST_F(Page, OnlyADoubleClickOnALineEndsAWaitThatAsksForOne) {
+  // A list at the box's corner cell: its lines on lines 3 and 4 from column 4.
+  std::vector<dy_item> items = {list(1, 0, {"a", "b", "c"}, false), dy_text_item(DY_KBUTTON, 1, 4, "OK")};
+  dy_modal how;
+  how.picks2 = true;
+  how.line = how.col = 1;
+  rec->script("click 3 5\ndclick 4 5");
+  EXPECT_EQ(dy_run_modal(items, "", how), DY_PICK2);
+  EXPECT_EQ(items[0].cursor, 1);
+  EXPECT_EQ(items[0].on, (std::vector<int>{0, 1, 0}));
+  how.picks2 = false;
+  how.picks = true;
+  rec->script("click 3 5");
+  EXPECT_EQ(dy_run_modal(items, "", how), DY_PICK);  // one click is enough for the file box
+}
+
 TEST_F(Page, AskGivesTheTextTyped) {
   std::string text = "/tmp";
   rec->script("key end\ntype /x\nkey escape");

@@ -25,7 +25,10 @@
 #include <QTimer>
 #include <array>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -356,6 +359,49 @@ TEST_F(DialogWindowTest, ListPopUpCopiesALineOrAll) {
   EXPECT_EQ(QGuiApplication::clipboard()->text(), "pear\napple\nfig\nplum\nkiwi");
 }
 
+TEST_F(DialogWindowTest, ABoxShownTakesALaterFontKeepingWhatTheUserDid) {
+  int h = show();
+  QLineEdit *in = at<QLineEdit>(INPUT);
+  QListWidget *fruit = at<QListWidget>(FRUIT);
+  in->setFocus();
+  QTest::keyClicks(in, "XY");
+  click_row(fruit, 1);
+  ASSERT_EQ(bu_dy_pscl(h, 1, 2), 0);  // apple at the top
+  int small_px = box->font().pixelSize();
+  QRect small_in = in->geometry();
+  // A font with a cell half as large again and half as tall again.
+  constexpr int BW = 12, BH = 24;
+  ASSERT_EQ(dy_setfont("Courier New%*%12%24"), 0);
+  settle();
+  ASSERT_EQ(qd_box(h), box) << "the same window, laid out again";
+  EXPECT_EQ(box->cw, BW);
+  EXPECT_EQ(box->ch, BH);
+  EXPECT_GT(box->font().pixelSize(), small_px);
+  dy_box *b = dy_get("test", h);
+  EXPECT_EQ(box->size(), QSize(b->cols * BW, b->lines * BH));
+  EXPECT_EQ(b->pw, box->frameGeometry().width());  // what DY_MAP tells follows
+  auto corner = [](double x, double y) { return QPoint(int((x + 1) * BW + 0.5), int((y + 1) * BH + 0.5)); };
+  EXPECT_EQ(in->geometry(), QRect(corner(7.5, 0), QSize(12 * BW, BH)));
+  EXPECT_GT(in->width(), small_in.width());
+  EXPECT_EQ(toggle(STYLE, 1)->pos(), corner(12, 3));
+  EXPECT_EQ(fruit->pos(), corner(1, 10));
+  EXPECT_EQ(fruit->visualItemRect(fruit->item(2)).height(), BH);
+  EXPECT_EQ(at<QPushButton>(CANCEL)->geometry(), QRect(corner(12, 14), QSize((6 + 4) * BW, BH)));
+  // What was typed, chosen and scrolled to, and where the focus was, stay.
+  EXPECT_EQ(in->text(), "firstXY");
+  EXPECT_TRUE(fruit->item(1)->isSelected());
+  EXPECT_FALSE(fruit->item(0)->isSelected());
+  EXPECT_EQ(fruit->verticalScrollBar()->value(), 1);
+  EXPECT_EQ(box->focusWidget(), fruit);
+  std::vector<int> lines;
+  ASSERT_EQ(dy_qscl(h, 1, lines), 0);
+  EXPECT_EQ(lines, std::vector<int>{2});
+  // Back to the first font: the box shrinks to its first size.
+  ASSERT_EQ(dy_setfont("Courier New%*%8%16"), 0);
+  settle();
+  EXPECT_EQ(in->geometry(), small_in);
+}
+
 // The click of a test, on the newest box, once the read is waiting.
 void later(const std::function<void(qdbox *)> &act) {
   QTimer::singleShot(50, [act] {
@@ -381,6 +427,46 @@ TEST_F(DialogWindowTest, ModalQuestionsWaitInTheToolkit) {
   EXPECT_EQ(text, "docs/notes");
   settle();
   for (int h = 1; h < 1000; h++) EXPECT_EQ(qd_box(h), nullptr);  // all gone again
+}
+
+TEST_F(DialogWindowTest, PrinterBoxTakesEnterOrADoubleClick) {
+  // A printing system of two queues, the second its default, first on PATH.
+  std::string dir = ::testing::TempDir() + "printers." + std::to_string(getpid());
+  ASSERT_EQ(mkdir(dir.c_str(), 0700), 0);
+  std::ofstream(dir + "/lpstat") << "#!/bin/sh\n[ \"$1\" = -e ] && printf 'hall\\nlab\\n'\n"
+                                    "[ \"$1\" = -d ] && echo 'system default destination: lab'\nexit 0\n";
+  chmod((dir + "/lpstat").c_str(), 0755);
+  const char *was = getenv("PATH");
+  std::string path = was ? was : "";
+  setenv("PATH", (dir + ":" + path).c_str(), 1);
+  auto list = [](qdbox *d) { return static_cast<QListWidget *>(d->items[0].main); };
+  std::string queue;
+  later([list](qdbox *d) {
+    QListWidget *l = list(d);
+    EXPECT_EQ(d->windowTitle(), "Select a Printer");
+    EXPECT_EQ(l->currentRow(), 1);  // the default, chosen
+    EXPECT_TRUE(l->item(1)->isSelected());
+    QTest::keyClick(l, Qt::Key_Up);
+    QTest::keyClick(l, Qt::Key_Return);
+  });
+  EXPECT_EQ(dy_printbox("Select a Printer", queue), 1);
+  EXPECT_EQ(queue, "hall");
+  later([list](qdbox *d) {
+    QListWidget *l = list(d);
+    // As the window system gives a double click: a click, then the second press.
+    QPoint at = l->visualItemRect(l->item(1)).center();
+    QTest::mouseClick(l->viewport(), Qt::LeftButton, {}, at);
+    QTest::mouseDClick(l->viewport(), Qt::LeftButton, {}, at);
+  });
+  EXPECT_EQ(dy_printbox("Where?", queue), 1);
+  EXPECT_EQ(queue, "lab");
+  later([](qdbox *d) { QTest::keyClick(d, Qt::Key_Escape); });
+  queue.clear();
+  EXPECT_EQ(dy_printbox("Where?", queue), 0);
+  EXPECT_EQ(queue, "");
+  setenv("PATH", path.c_str(), 1);
+  unlink((dir + "/lpstat").c_str());
+  rmdir(dir.c_str());
 }
 
 TEST_F(DialogWindowTest, DestroyedFromItsOwnHandlerTheBoxGoesSafely) {
