@@ -9,7 +9,6 @@
 #include "platform/platform.h"
 
 #include <QAction>
-#include <QClipboard>
 #include <QComboBox>
 #include <QDateTime>
 #include <QGuiApplication>
@@ -59,11 +58,11 @@ void list_menu(qdbox &d, QListWidget *l, const QPoint &at) {
   QString line = under ? under->text() : QString();
   QAction *one = m->addAction("Copy item");
   one->setEnabled(under != nullptr);
-  QObject::connect(one, &QAction::triggered, l, [line] { QGuiApplication::clipboard()->setText(line); });
+  QObject::connect(one, &QAction::triggered, l, [line] { pl_clip_set({{line.toStdString()}}); });
   QObject::connect(m->addAction("Copy all"), &QAction::triggered, l, [l] {
-    QStringList all;
-    for (int k = 0; k < l->count(); k++) all << l->item(k)->text();
-    QGuiApplication::clipboard()->setText(all.join('\n'));
+    pl_clip c;
+    for (int k = 0; k < l->count(); k++) c.lines.push_back(l->item(k)->text().toStdString());
+    pl_clip_set(c);
   });
   m->popup(l->viewport()->mapToGlobal(at));
 }

@@ -709,5 +709,6 @@ fs_plat *fs_plat_qt(int argc, char **argv, fs_qt_gonehook ongone, std::string &e
   atexit(atexit_save);
   qw_bench_start();
   qd_install();
+  qw_clipboard_install();
   return l;
 }

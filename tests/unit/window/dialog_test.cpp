@@ -6,6 +6,7 @@
 // destroyed from inside one of its own handlers.
 #include "fields/plat_qt/qt_dialog.h"
 #include "tests/unit/window/win_start.h"
+#include "platform/platform.h"
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
@@ -355,8 +356,17 @@ TEST_F(DialogWindowTest, ListPopUpCopiesALineOrAll) {
   };
   copy(1, "Copy item");
   EXPECT_EQ(QGuiApplication::clipboard()->text(), "apple");
+  EXPECT_EQ(pl_clip_own().lines, std::vector<std::string>{"apple"}) << "the editor's own copy too";
   copy(0, "Copy all");
   EXPECT_EQ(QGuiApplication::clipboard()->text(), "pear\napple\nfig\nplum\nkiwi");
+  EXPECT_EQ(pl_clip_own().lines.size(), 5u);
+  // A paste takes what another program copied since, and only that.
+  pl_clip got;
+  ASSERT_EQ(pl_clip_get(got), 1);
+  EXPECT_EQ(got.lines.size(), 5u);
+  QGuiApplication::clipboard()->setText("from elsewhere\nline two");
+  ASSERT_EQ(pl_clip_get(got), 1);
+  EXPECT_EQ(got.lines, (std::vector<std::string>{"from elsewhere", "line two"}));
 }
 
 TEST_F(DialogWindowTest, ABoxShownTakesALaterFontKeepingWhatTheUserDid) {
