@@ -1,6 +1,7 @@
 // The scan: a level's directory (or all directories of the table, or the
 // tree beneath it) read into the level's list.
 #include "flist/flist.h"
+#include "flist/fl_status.h"
 
 #include "fields/fields.h"
 
@@ -9,8 +10,6 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <system_error>
-#include <thread>
 #include <unistd.h>
 #include <unordered_map>
 
@@ -85,17 +84,6 @@ bool fl_removed(const fl_status &s) { return s.size < 0; }
 
 namespace {
 
-fl_status from(const struct stat &sb)
-{
-    fl_status s;
-    s.mode = sb.st_mode;
-    s.size = sb.st_size;
-    s.atime = sb.st_atim.tv_sec;
-    s.mtime = sb.st_mtim.tv_sec;
-    s.ctime = sb.st_ctim.tv_sec;
-    return s;
-}
-
 // The message line during a scan, on a page that exists.
 void progress(const std::string &text)
 {
@@ -104,47 +92,6 @@ void progress(const std::string &text)
     std::string t = fl_shown(text);
     ascput_utf8(2, int(t.size()), t.c_str());
     asrefresh();
-}
-
-// The entries of a folder just read, waiting for their status: they
-// stand in the list already, from `first` on.
-struct fresh {
-    fl_list &l;
-    size_t first;                   // the first entry read from the folder
-    std::vector<uint32_t> name_at;  // where each one's name starts in its path
-};
-
-void status_of(int fd, fresh &f, size_t from_k, size_t to_k)
-{
-    for (size_t k = from_k; k < to_k; k++) {
-        struct stat sb;
-        size_t i = f.first + k;
-        if (fstatat(fd, f.l.name[i].c_str() + f.name_at[k], &sb, 0) == 0)
-            f.l.st[i] = from(sb);
-    }
-}
-
-// Takes the status of every entry; a large folder is split among a few
-// threads, as the kernel's lookups run side by side.
-void take_status(int fd, fresh &f)
-{
-    size_t n = f.name_at.size();
-    size_t workers = std::min<size_t>({std::max(1u, std::thread::hardware_concurrency()), 4,
-                                       n / std::max<size_t>(fl_share_least, 1)});
-    std::vector<std::thread> helpers;
-    size_t done = 0;
-    if (workers > 1) {
-        size_t part = n / workers;
-        try {
-            for (size_t w = 1; w < workers; w++, done += part)
-                helpers.emplace_back(status_of, fd, std::ref(f), done, done + part);
-        } catch (const std::system_error &) {
-            // No thread to be had: what is left is done here.
-        }
-    }
-    status_of(fd, f, done, n);
-    for (auto &t : helpers)
-        t.join();
 }
 
 struct scanner {
@@ -192,14 +139,11 @@ struct scanner {
                 full = full || !lv.list.add("..", fl_stat_of(fl_dirs[size_t(pi)]), pi);
         }
         int fd = dirfd(dp);
-        // The names first, then their status: taking it is most of a
-        // scan's time, and for a folder of many files it is shared among
-        // threads. The names are gathered before the list takes them, so
-        // that its arrays grow once; what the status rules out leaves the
-        // list again after.
-        std::string names;           // the names read, each ended by a NUL
-        std::vector<uint32_t> starts; // where each starts in names
-        std::vector<bool> realdirs;
+        // Taking the status is most of a scan's time: it runs beside the
+        // reading of the names (see fl_status.h). The names are all read
+        // before the list takes them, so that its arrays grow once; what
+        // the status rules out leaves the list again after.
+        fl_status_taker taker(fd);
         bool dot = false, dotdot = false;
         while (struct dirent *e = readdir(dp)) {
             std::string_view nm(e->d_name);
@@ -208,29 +152,35 @@ struct scanner {
             bool realdir = lv.recursive && real_dir(fd, e);
             if (!realdir && !fl_accept(lv.npat, lv.epat, nm))
                 continue;
-            starts.push_back(uint32_t(names.size()));
-            names.append(nm.data(), nm.size() + 1);
-            realdirs.push_back(realdir);
+            taker.add(nm, realdir);
         }
-        fresh f{lv.list, lv.list.count(), {}};
-        full = full || !lv.list.reserve(f.first + starts.size());
-        for (size_t k = 0; k < starts.size() && !full; k++) {
-            std::string_view nm(names.c_str() + starts[k]);
-            std::string path;
-            path.reserve(d.size() + 1 + nm.size());
-            path += d;
-            if (d.size() != 1)
-                path += '/';
-            path += nm;
-            f.name_at.push_back(uint32_t(path.size() - nm.size()));
-            full = !lv.list.add(std::move(path), fl_status{}, di);
+        const std::deque<fl_batch> &batches = taker.finish();
+        size_t count = 0;
+        for (const fl_batch &b : batches)
+            count += b.starts.size();
+        const size_t first = lv.list.count();
+        full = full || !lv.list.reserve(first + count);
+        std::vector<uint32_t> name_at; // where each entry's name starts in its path
+        std::vector<bool> realdirs;
+        for (const fl_batch &b : batches) {
+            for (size_t k = 0; k < b.starts.size() && !full; k++) {
+                std::string_view nm(b.names.c_str() + b.starts[k]);
+                std::string path;
+                path.reserve(d.size() + 1 + nm.size());
+                path += d;
+                if (d.size() != 1)
+                    path += '/';
+                path += nm;
+                name_at.push_back(uint32_t(path.size() - nm.size()));
+                realdirs.push_back(b.realdir[k]);
+                full = !lv.list.add(std::move(path), b.st[k], di);
+            }
         }
-        f.name_at.resize(lv.list.count() - f.first);
-        take_status(fd, f);
-        size_t kept = f.first;
-        for (size_t k = 0; k < f.name_at.size(); k++) {
-            size_t i = f.first + k;
-            std::string_view nm(lv.list.name[i].c_str() + f.name_at[k]);
+        name_at.resize(lv.list.count() - first);
+        size_t kept = first;
+        for (size_t k = 0; k < name_at.size(); k++) {
+            size_t i = first + k;
+            std::string_view nm(lv.list.name[i].c_str() + name_at[k]);
             bool isdir = S_ISDIR(lv.list.st[i].mode);
             if (realdirs[k]) {
                 // The tree is walked through real directories only: a link
@@ -258,7 +208,7 @@ struct scanner {
 fl_status fl_stat_of(const std::string &path)
 {
     struct stat sb;
-    return stat(path.c_str(), &sb) == 0 ? from(sb) : fl_status{};
+    return stat(path.c_str(), &sb) == 0 ? fl_status_from(sb) : fl_status{};
 }
 
 int64_t fl_dirtime(const std::string &dir)
