@@ -274,8 +274,9 @@ void asrefresh();
 void asqsel(int out[6]);
 void asfrepdelay(int d1, int d2, int d3, int d4);  // milliseconds, each at least 1
 int asfmousemode(const char *mode);  // OPENLOOK OPENLOOKW MOTIF WINDOWS; 0 or 1 bad
-// 0: no button positions the cursor, whatever the mode says (a page that
-// takes every click itself); 1: as the mode says.
+// 0: no button positions the cursor, whatever the mode says, and the page's
+// pop-up menu does not open (a page that takes every click itself); 1: as
+// the mode says.
 void asfclickpos(int on);
 void asfclickdelay(double seconds);
 void asqclickdelay(char *buf, size_t size);  // "..... is %.2f"

@@ -64,9 +64,10 @@ bool fs_menupress(int pos, int button, bool alt, const fs_event &e, int line, in
     return true;
   }
   // Where button 3 places the cursor, the pop-up wants Alt with it, except
-  // on the fields marked to have it on the plain button.
+  // on the fields marked to have it on the plain button. A page that takes
+  // every click itself (a list, a box) keeps the button for its own menus.
   const fsfield *f = pos ? &p.fld[size_t(pos - 1)] : nullptr;
-  bool wanted = !fs.rightpos || alt || (f && f->mgd);
+  bool wanted = fs.clickpos && (!fs.rightpos || alt || (f && f->mgd));
   return button == 3 && wanted && fs_menuget(1) && fs.plat->popup(e.x, e.y);
 }
 
