@@ -189,6 +189,8 @@ std::string xfpath_of(std::string name);
 
 // The text font FONt set last (face%style%width%height), "" none yet.
 const std::string &xffont_now();
+// What FONt's family is told in a terminal, whose font is its own.
+extern const char *const XF_TERMINAL_FONT;
 
 // The names PDFCOpy, CREAte and REPlace ask for in a box when none was
 // typed: 1 with the answer, 0 cancelled (cmd_rc set), -1 when no box can

@@ -253,7 +253,7 @@ int xfcm_dy_font(const xfcmd &c)
         return 1;
     }
     if (!l->font_families(families)) {
-        xfmsgs("..... The terminal shows its own font: change it in the terminal's settings", 1);
+        xfmsgs(XF_TERMINAL_FONT, 1);
         cmd_rc = 1;
         return 1;
     }

@@ -8,6 +8,8 @@
 #include "session/xfkeys.h"
 #include "session/xflistpage.h"
 #include "session/xfpage.h"
+#include "fields/fields.h"
+#include "fields/plat.h"
 
 #include <algorithm>
 #include <cstring>
@@ -113,8 +115,15 @@ int xfcm_query(const xfcmd &c)
         return 1;
     }
     if (abbrev(w, "font", 3)) {
-        xfmsg(164, 1);
-        cmd_rc = 1;
+        // Nothing to tell in a run with no screen, as FONt sets nothing there.
+        fs_plat *l = fs_layer();
+        std::string name = l ? l->font_name() : std::string();
+        if (!name.empty()) {
+            xfmsgs("..... is " + name, 0);
+        } else if (l) {
+            xfmsgs(XF_TERMINAL_FONT, 1);
+            cmd_rc = 1;
+        }
         return 1;
     }
     const cmd_entry *e = cmd_lookup(w);

@@ -76,6 +76,9 @@ std::string font_set; // the text font FONt set last, "" none yet
 
 const std::string &xffont_now() { return font_set; }
 
+const char *const XF_TERMINAL_FONT =
+    "..... The terminal shows its own font: change it in the terminal's settings";
+
 int xfcm_font(const xfcmd &c)
 {
     xftrace("Commande xfcm_font");

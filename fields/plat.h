@@ -56,6 +56,8 @@ class fs_plat {
   // font to change, no menus, tool bar or scroll bar to show.
   // Changes the text font by name; 0, or 1 when there is no such font.
   virtual int font(const std::string &) { return 0; }
+  // The text font's name as it was set; "" when the layer has none of its own.
+  virtual std::string font_name() { return std::string(); }
   // The fixed-pitch families the text font may take, for the font box;
   // false when the text font is not the layer's to change (a terminal
   // shows its own). An empty list: the layer cannot tell, and the box

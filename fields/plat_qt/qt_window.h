@@ -80,6 +80,7 @@ class qtplat : public fs_plat {
   void pointer(int shape) override;
   void flush() override;
   int font(const std::string &name) override;
+  std::string font_name() override { return fontname_; }
   int font_known(const std::string &face) override;
   bool font_families(std::vector<std::string> &out) override;
   void menus(const fs_menu *bar, const fs_menu *popup) override;

@@ -489,6 +489,8 @@ TEST_F(WindowTest, UnknownFontsAreRefusedAndTheGridKeepsItsSize) {
   EXPECT_EQ(m.client_w / 12, 40);
   EXPECT_EQ(m.client_h / 24 - 1, 10);
   EXPECT_EQ(asffont("Courier New%*%10%20"), 0);  // a stand-in name
+  EXPECT_EQ(asffont("No Such Face At All%*%12%24"), 1);
+  EXPECT_EQ(qw_layer->font_name(), "Courier New%*%10%20") << "what Query FONt shows: the font in use";
   settle();
   drain();
   // The dialog font asks the window which faces it has.
