@@ -160,8 +160,8 @@ int pl_print_queues(std::vector<std::string> &names, std::string &dflt)
             names.push_back(name);
         a = e + 1;
     }
-    dflt = system_default();
-    if (dflt.empty())
-        dflt = env_printer();
+    // The one a print with no destination goes to; a system that did not
+    // list its queues is not asked again.
+    dflt = rc == 0 ? default_printer() : env_printer();
     return 0;
 }

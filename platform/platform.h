@@ -62,8 +62,8 @@ struct pl_print_job {
 // them as a PDF. 0, or 1 when it failed; `message` says where or why.
 int pl_print(const pl_print_job &job, std::string &message);
 // The print queues the printing system knows (`lpstat -e`, one a line) and
-// the one it prints on by default (`lpstat -d`, else PRINTER, else LPDEST;
-// "" none). 0, or -ENOENT when the printing system's client is not there.
+// the one a print with no destination goes to (PRINTER, else LPDEST, else
+// `lpstat -d`; "" none). 0, or -ENOENT when the printing system's client is not there.
 int pl_print_queues(std::vector<std::string> &names, std::string &dflt);
 
 // ---- requests from outside to end ---------------------------------------------

@@ -37,6 +37,8 @@ std::vector<dy_item> box(const std::vector<std::string> &names, int chosen) {
 }  // namespace
 
 int dy_printbox(const std::string &title, std::string &queue) {
+  // With no screen nobody could choose: the printing system is not asked.
+  if (!fs.started || dy_noscreen) return -1;
   std::vector<std::string> names;
   std::string dflt;
   pl_print_queues(names, dflt);
@@ -44,7 +46,6 @@ int dy_printbox(const std::string &title, std::string &queue) {
     asf_alert(2, {DY_NO_PRINTER});
     return 0;
   }
-  if (!fs.started || dy_noscreen) return -1;
   auto at = std::find(names.begin(), names.end(), dflt);
   std::vector<dy_item> items = box(names, at == names.end() ? 0 : int(at - names.begin()));
   dy_modal how;

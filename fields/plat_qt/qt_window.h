@@ -158,9 +158,10 @@ class qtplat : public fs_plat {
 
 extern qtplat *qw_layer;
 
-// Self-driven measurement and screenshots (see qt_bench.cpp).
 // Copies go to the desktop's clipboard too, and pastes look there first.
 void qw_clipboard_install();
+
+// Self-driven measurement and screenshots (see qt_bench.cpp).
 void qw_bench_start();
 void qw_bench_idle(qtplat *l);
 void qw_bench_painted();  // the one window layer of the process

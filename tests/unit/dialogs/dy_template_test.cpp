@@ -124,6 +124,9 @@ TEST_F(Template, DumpTextAndItsFile) {
   ASSERT_NE(mkdtemp(dir.data()), nullptr);
   std::string dump = dir + "/dump", target = dir + "/target";
   setenv("XED_DIALOG_DUMP", dump.c_str(), 1);
+  struct unset {
+    ~unset() { unsetenv("XED_DIALOG_DUMP"); }
+  } later;  // however the test ends
   make_box("", 0);
   make_box("", 0);
   std::stringstream got;
@@ -136,7 +139,6 @@ TEST_F(Template, DumpTextAndItsFile) {
   std::ofstream(target) << "keep\n";
   fsys::create_symlink(target, dump);
   make_box("", 0);
-  unsetenv("XED_DIALOG_DUMP");
   std::stringstream kept;
   kept << std::ifstream(target).rdbuf();
   EXPECT_EQ(kept.str(), "keep\n");

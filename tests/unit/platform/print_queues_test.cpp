@@ -53,12 +53,15 @@ class PrintQueues : public ::testing::Test {
   std::string dflt;
 };
 
-TEST_F(PrintQueues, NamesOneALineAndTheSystemDefault) {
+TEST_F(PrintQueues, NamesOneALineAndTheDefaultAPrintWouldTake) {
   lpstat("hall\n\n  lab-colour \r\nroom-101", "system default destination: lab-colour\n");
-  setenv("PRINTER", "elsewhere", 1);  // the printing system's own default comes first
   ASSERT_EQ(pl_print_queues(names, dflt), 0);
   EXPECT_EQ(names, (std::vector<std::string>{"hall", "lab-colour", "room-101"}));
   EXPECT_EQ(dflt, "lab-colour");
+  // The environment's printer comes first, as it does for a print itself.
+  setenv("PRINTER", "hall", 1);
+  ASSERT_EQ(pl_print_queues(names, dflt), 0);
+  EXPECT_EQ(dflt, "hall");
 }
 
 TEST_F(PrintQueues, WithNoSystemDefaultPrinterThenLpdest) {
