@@ -449,6 +449,22 @@ TEST_F(DialogWindowTest, PrinterBoxTakesEnterOrADoubleClick) {
   const char *was = getenv("PATH");
   std::string path = was ? was : "";
   setenv("PATH", (dir + ":" + path).c_str(), 1);
+  // The tester's own printer would come first: the environment is put back
+  // however the test ends.
+  struct env_back {
+    std::string path;
+    std::vector<std::pair<std::string, std::string>> kept;
+    explicit env_back(std::string p) : path(std::move(p)) {
+      for (const char *v : {"PRINTER", "LPDEST"})
+        if (const char *x = getenv(v)) kept.emplace_back(v, x);
+      unsetenv("PRINTER");
+      unsetenv("LPDEST");
+    }
+    ~env_back() {
+      setenv("PATH", path.c_str(), 1);
+      for (auto &[k, v] : kept) setenv(k.c_str(), v.c_str(), 1);
+    }
+  } back(path);
   auto list = [](qdbox *d) { return static_cast<QListWidget *>(d->items[0].main); };
   std::string queue;
   later([list](qdbox *d) {
@@ -474,7 +490,6 @@ TEST_F(DialogWindowTest, PrinterBoxTakesEnterOrADoubleClick) {
   queue.clear();
   EXPECT_EQ(dy_printbox("Where?", queue), 0);
   EXPECT_EQ(queue, "");
-  setenv("PATH", path.c_str(), 1);
   unlink((dir + "/lpstat").c_str());
   rmdir(dir.c_str());
 }
