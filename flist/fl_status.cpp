@@ -43,6 +43,9 @@ void fl_status_taker::add(std::string_view name, bool realdir)
     b.names.append(name.data(), name.size());
     b.names.push_back('\0');
     b.realdir.push_back(realdir);
+    // Room for the status too: the takers then allocate nothing, and a
+    // shortage of memory meets the reader, never a thread of its own.
+    b.st.emplace_back();
 }
 
 void fl_status_taker::seal()
@@ -79,7 +82,6 @@ bool fl_status_taker::take(bool wait)
             return false;
         b = &batches_[next_++];
     }
-    b->st.resize(b->starts.size());
     for (size_t k = 0; k < b->starts.size(); k++) {
         struct stat sb;
         if (fstatat(fd_, b->names.c_str() + b->starts[k], &sb, 0) == 0)

@@ -262,7 +262,8 @@ int dy_setfont(const std::string &name) {
   if (!ok) return 1;
   font_name = name;
   // Boxes the window already shows take the new font too.
-  for (int h : dy_handles()) dy_view_changed(*dy_find(h));
+  for (int h : dy_handles())
+    if (dy_box *b = dy_find(h)) dy_view_changed(*b);  // one may have gone meanwhile
   return 0;
 }
 

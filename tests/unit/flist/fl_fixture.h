@@ -13,6 +13,20 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+// The status batch size of a test, put back however the test ends.
+struct fl_batch_size {
+    size_t was = fl_share_least;
+    explicit fl_batch_size(size_t n) { fl_share_least = n; }
+    ~fl_batch_size() { fl_share_least = was; }
+};
+
+// The working directory of a test, put back however the test ends.
+struct fl_cwd_back {
+    char old[4096] = "/";
+    fl_cwd_back() { (void)!getcwd(old, sizeof old); }
+    ~fl_cwd_back() { (void)!chdir(old); }
+};
+
 class FlScan : public ::testing::Test {
 protected:
     std::string dir;

@@ -46,8 +46,7 @@ TEST_F(FlScan, PatternsAndFilters)
 TEST_F(FlScan, SharedStatusGivesEveryEntryItsOwn)
 {
     const size_t n = 301;
-    size_t was = fl_share_least;
-    fl_share_least = 16;
+    fl_batch_size small(16);
     for (size_t i = 0; i < n; i++)
         make("f" + std::to_string(i) + ".t", i % 97);
     mkdir((dir + "/w/adir").c_str(), 0755);
@@ -61,7 +60,6 @@ TEST_F(FlScan, SharedStatusGivesEveryEntryItsOwn)
         size_t k = std::stoul(b.substr(1));
         right += lv.list.st[i].size == int64_t(k % 97) && S_ISREG(lv.list.st[i].mode) && lv.list.st[i].mtime > 0;
     }
-    fl_share_least = was;
     EXPECT_EQ(right, n);
 }
 
@@ -153,8 +151,7 @@ TEST_F(FlScan, TheTableHoldsSevenHundredAndOneFolders)
 
 TEST_F(FlScan, TheFirstEntryIsTheWorkingDirectoryAsItWasWrittenDot)
 {
-    char old[4096];
-    ASSERT_NE(getcwd(old, sizeof old), nullptr);
+    fl_cwd_back back;
     ASSERT_EQ(chdir(dir.c_str()), 0);
     EXPECT_EQ(fl_path_text(), ".");
     ASSERT_EQ(fl_dirs.size(), 1u);
@@ -184,7 +181,6 @@ TEST_F(FlScan, TheFirstEntryIsTheWorkingDirectoryAsItWasWrittenDot)
     ASSERT_EQ(fl_dir_enter(dir, idx), 0);
     EXPECT_EQ(idx, 1);
     EXPECT_EQ(fl_path_text(), ".;" + dir);
-    ASSERT_EQ(chdir(old), 0);
 }
 
 TEST_F(FlScan, EraseGoesToTheTrashAndMarksTheEntry)

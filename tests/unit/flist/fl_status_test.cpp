@@ -11,16 +11,9 @@ namespace {
 
 constexpr size_t BATCH = 4;
 
-// The batch size of the test, restored however the test ends.
-struct batch_size {
-    size_t was = fl_share_least;
-    explicit batch_size(size_t n) { fl_share_least = n; }
-    ~batch_size() { fl_share_least = was; }
-};
-
 TEST_F(FlScan, StatusTakerGivesEachNameItsOwnAtEveryCount)
 {
-    batch_size b(BATCH);
+    fl_batch_size b(BATCH);
     const size_t most = 2 * BATCH + 1;
     for (size_t i = 0; i < most; i++)
         make("f" + std::to_string(i), i + 1);
